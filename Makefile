@@ -1,0 +1,41 @@
+# Veltara: make run | make test | make bench | make format
+JOBS ?= $(shell nproc)
+.PHONY: setup run test test-release test-debug bench format clean
+
+setup:
+	@bash scripts/setup
+
+build/release/build.ninja: CMakeLists.txt CMakePresets.json
+	cmake --preset release >/dev/null
+
+build/debug/build.ninja: CMakeLists.txt CMakePresets.json
+	cmake --preset debug >/dev/null
+
+build/bench/build.ninja: CMakeLists.txt CMakePresets.json
+	cmake --preset bench >/dev/null
+
+run: setup build/release/build.ninja
+	cmake --build --preset release -j $(JOBS)
+	./build/release/tests/orbital_catalogue_test --gtest_brief=1 >/dev/null && \
+	  echo "Veltara engine built in build/release (libveltara.a)."
+
+test-release: setup build/release/build.ninja
+	cmake --build --preset release -j $(JOBS)
+	ctest --preset release -j $(JOBS)
+
+test-debug: setup build/debug/build.ninja
+	cmake --build --preset debug -j $(JOBS)
+	ctest --preset debug -j $(JOBS)
+
+# The suite runs twice: optimised, then under AddressSanitizer and UndefinedBehaviorSanitizer.
+test: test-release test-debug
+
+bench: setup build/bench/build.ninja
+	cmake --build --preset bench -j $(JOBS)
+	@for b in build/bench/bench/*_bench; do echo "== $$b"; $$b --benchmark_min_time=0.2 || exit 1; done
+
+format:
+	clang-format -i $$(git ls-files '*.h' '*.cpp' '*.c')
+
+clean:
+	rm -rf build

@@ -1,0 +1,104 @@
+// The renderer behind one orbital: one implementation, parametrised by the view, serves both
+// cOrbitalPDF (probability density) and cOrbitalDRPDF (radial distribution).
+//
+// Its operations live in one file each: setup and statistics (orbital_renderer.cpp), the
+// maximum search, the probability grid, the dot fill, GetRender and the three picture kinds,
+// and the drawing helpers.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "electron/cElectron.h"
+#include "engine/PublicTypes.h"
+#include "render/cOrbital.h"
+#include "render/prob_grid.h"
+#include "support/cMemoryDCEx.h"
+#include "support/rgba_array.h"
+
+namespace veltara {
+
+struct RendererTestAccess;  // white-box access for the test suite
+
+class OrbitalRenderer : public cOrbital {
+public:
+    explicit OrbitalRenderer(ViewMode view);
+    ~OrbitalRenderer() override;
+
+    void Setup(const OrbitalSetup& DrawCmds) override;
+    OrbitalStats GetStats() override;
+    int32_t ReFillDotMatrix(const int32_t& TargetNum, const uint8_t& ProbThreshHold) override;
+    RenderDCinfo GetRender(const RenderRequest& RenderInfo) override;
+
+    /// The view this renderer shows.
+    ViewMode View() const { return mView; }
+
+    // Read-only views of the renderer's state, for hosts that export data.
+    const OrbitalSetup& SetupRecord() const { return mSetup; }
+    const ProbGrid& ProbMatrix() const { return mProbMatrix; }
+    const std::vector<PointArray>& Dots() const { return mDots; }
+    cElectron* Electron() const { return mElectron.get(); }
+
+private:
+    friend struct RendererTestAccess;
+
+    // The electron of this renderer's view: unscaled value, scale factor (see the .cpp).
+    double NonScaled(const COORDdoubleParams& p);
+    void SetScaleFactor(double factor);
+
+    double FindMaxProbability();
+    void CalcProbabilities();
+    void FillDotMatrix();
+    void UpdateStats(int32_t& CalcTime, int32_t DotTime);
+
+    void RenderDots();
+    void RenderVolume();
+    void RenderTransect();
+
+    void DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, VbBool RestoreMode);
+    void DrawDepthLine(int32_t X1, int32_t Z1, int32_t X2, int32_t Z2, int32_t Depth1,
+                       int32_t Depth2, int32_t Colour);
+    void DrawTransector();
+    void EraseTransector();
+
+    /// The surface for a request size (375: main, anything else: nano), created on first use.
+    cMemoryDCEx& SurfaceFor(RenderSize size);
+
+    const ViewMode mView;
+
+    // Renderer state, in declaration order.
+    OrbitalStats mStats{};
+    OrbitalSetup mSetup{};
+    float mVolFactor = 9.0f;       ///< preview resolution factor, adapted after each preview
+    ProbGrid mProbMatrix;          ///< scaled probability of each octant grid point
+    std::vector<PointArray> mDots; ///< the dot cloud; empty only before the first fill
+    int32_t mLastDot = 0;          ///< upper bound of mDots after the last scanning fill
+    double mDotDepthScale = 0;     ///< 127 / distance of the farthest dot, grid units
+    std::unique_ptr<cMemoryDCEx> mMainSurface;
+    std::unique_ptr<cMemoryDCEx> mNanoSurface;
+    RgbaArray2D mVolBits;          ///< pixels of the last picture, (column, row)
+    int16_t mMaxPixel = 0;         ///< 374 while mVolBits is sized for Main, 126 for Nano
+    RenderRequest mLastNanoReq{};
+    RenderRequest mLastMainReq{};
+    RenderRequest mReq{};
+    RenderDCinfo mDCInfo{};
+    std::unique_ptr<cElectron> mElectron;
+
+    // Volumetric state: the brightest accumulated ray value per quality level 5..10.
+    float mVolMax[6] = {};
+};
+
+/// The probability density view.
+class cOrbitalPDF final : public OrbitalRenderer {
+public:
+    cOrbitalPDF() : OrbitalRenderer(ViewMode::PDF) {}
+};
+
+/// The radial-distribution view.
+class cOrbitalDRPDF final : public OrbitalRenderer {
+public:
+    cOrbitalDRPDF() : OrbitalRenderer(ViewMode::DRPDF) {}
+};
+
+}  // namespace veltara

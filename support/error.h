@@ -1,0 +1,44 @@
+// Numbered run-time errors: the one way the engine reports a failure to its caller.
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+
+namespace veltara {
+
+/// The engine's error numbers. Each number keeps its meaning for ever; hosts test for them.
+enum ErrorNumber : int32_t {
+    kErrInvalidCall = 5,    ///< "Invalid procedure call or argument" (also NaN, sqrt of a negative)
+    kErrOverflow = 6,       ///< "Overflow": a value outside its stated width, an infinite result
+    kErrOutOfMemory = 7,    ///< "Out of memory"
+    kErrSubscript = 9,      ///< "Subscript out of range"
+    kErrDivisionByZero = 11,  ///< "Division by zero"
+    kErrTypeMismatch = 13,  ///< "Type mismatch"
+    kErrObjectNotSet = 91,  ///< "Object variable or With block variable not set"
+};
+
+/// The message of an error number; "Unknown error" for a number the engine never raises.
+const char* ErrorText(int32_t number) noexcept;
+
+/// An engine failure carrying its number; what() is the number's message.
+class Error : public std::runtime_error {
+public:
+    explicit Error(int32_t number);
+    int32_t number() const noexcept { return mNumber; }
+
+private:
+    int32_t mNumber;
+};
+
+/// Raises error `number`.
+[[noreturn]] void Raise(int32_t number);
+
+}  // namespace veltara
+
+/// A programming mistake inside the engine (never bad input from a caller).
+#ifdef NDEBUG
+#define VT_DCHECK(cond) ((void)0)
+#else
+#include <cassert>
+#define VT_DCHECK(cond) assert(cond)
+#endif

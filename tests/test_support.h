@@ -1,0 +1,41 @@
+// Shared helpers of the test suite: error matchers and a fixed clock.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "support/clock.h"
+#include "support/error.h"
+
+/// Expects `statement` to raise engine error `number` with its message.
+#define EXPECT_VT_ERROR(statement, number)                                            \
+    do {                                                                              \
+        try {                                                                         \
+            statement;                                                                \
+            ADD_FAILURE() << "expected error " << (number) << " from " #statement;   \
+        } catch (const ::veltara::Error& e) {                                         \
+            EXPECT_EQ(e.number(), (number)) << #statement;                            \
+            EXPECT_STREQ(e.what(), ::veltara::ErrorText(number));                     \
+        }                                                                             \
+    } while (0)
+
+namespace vt_test {
+
+/// Fixes the calling thread's clock at `ms` for the scope (readings above 32768 ms give a
+/// non-zero generator seed); `Advance` moves it on.
+class FixedClock {
+public:
+    explicit FixedClock(int32_t ms) : mNow(ms) {
+        veltara::SetClock([this] { return mNow; });
+    }
+    ~FixedClock() { veltara::SetClock({}); }
+    void Set(int32_t ms) { mNow = ms; }
+    void Advance(int32_t ms) { mNow += ms; }
+
+private:
+    int32_t mNow;
+};
+
+}  // namespace vt_test
