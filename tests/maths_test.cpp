@@ -24,8 +24,9 @@ TEST(modMaths, IsEvenFollowsTheRemainderSign) {
         int32_t value;
         VbBool even;
     } cases[] = {
-        {0, -1},          {-2, -1}, {-1, 0}, {1, 0}, {2, -1}, {2147483647, 0}, {2147483646, -1},
-        {-2147483647, 0}, {-2147483647 - 1, -1},
+        {0, -1},          {-2, -1},         {-1, 0},
+        {1, 0},           {2, -1},          {2147483647, 0},
+        {2147483646, -1}, {-2147483647, 0}, {-2147483647 - 1, -1},
     };
     for (const auto& c : cases) EXPECT_EQ(IsEven(c.value), c.even) << c.value;
 }
@@ -138,8 +139,8 @@ TEST(modMaths, RotateCoordMatchesComposedRotationMatrices) {
         double a, b;
         COORDdouble p;
     } cases[] = {
-        {0.3, 1.1, {1, 2, 3}},        {-2.0, 0.7, {-4.5, 0.25, 9}}, {5.0, -3.3, {100, -50, 7}},
-        {kPi / 3, 13.0, {0, 0, 1}},   {1e-3, 2e-3, {1e6, 1e6, -1e6}},
+        {0.3, 1.1, {1, 2, 3}},      {-2.0, 0.7, {-4.5, 0.25, 9}},   {5.0, -3.3, {100, -50, 7}},
+        {kPi / 3, 13.0, {0, 0, 1}}, {1e-3, 2e-3, {1e6, 1e6, -1e6}},
     };
     for (const auto& c : cases) {
         const Matrix m = Multiply(RotX(-c.a), RotZ(c.b));
@@ -162,7 +163,10 @@ TEST(modMaths, RotateCoordSpecialAngles) {
     } cases[] = {
         {"zero angles keep the point", 0, 0, {1.5, -2.25, 1e10}, {1.5, -2.25, 1e10}},
         {"quarter turn about Z", 0, kPi / 2, {1, 0, 0}, {0, 1, 0}},
-        {"then a quarter turn about X: (0, 1, 0) goes to (0, 0, -1)", kPi / 2, kPi / 2, {1, 0, 0},
+        {"then a quarter turn about X: (0, 1, 0) goes to (0, 0, -1)",
+         kPi / 2,
+         kPi / 2,
+         {1, 0, 0},
          {0, 0, -1}},
         {"half turn about X only", kPi, 0, {1, 2, 3}, {1, -2, -3}},
     };
@@ -185,7 +189,8 @@ TEST(modMaths, RotateCoordFaultsRaise) {
     EXPECT_VT_ERROR(RotateCoord({1, 0, 0}, kInf, 0.0), 5);
     EXPECT_VT_ERROR(RotateCoord({1, 0, 0}, 0.0, kNaN), 5);
     EXPECT_VT_ERROR(RotateCoord({kNaN, 0, 0}, 0.1, 0.2), 5);
-    // An eighth of a turn about Z: X' = 1.7e308 cos 45 + 1.7e308 sin 45, about 2.4e308, is infinite.
+    // An eighth of a turn about Z: X' = 1.7e308 cos 45 + 1.7e308 sin 45, about 2.4e308, is
+    // infinite.
     EXPECT_VT_ERROR(RotateCoord({1.7e308, -1.7e308, 0}, 0.0, kPi / 4), 6);
 }
 
