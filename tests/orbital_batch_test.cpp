@@ -15,8 +15,8 @@
 
 namespace {
 
-using veltara::COORDdoubleParams;
 using veltara::cElectron;
+using veltara::COORDdoubleParams;
 using veltara::ViewMode;
 using veltara::modOrbitals::CreateElectron;
 
@@ -35,8 +35,8 @@ std::vector<COORDdoubleParams> Grid(double radius) {
     for (int z = 0; z < 128; z += kPlaneStride) {
         for (int y = 0; y < 128; ++y) {
             for (int x = 0; x < 128; ++x) {
-                points.push_back({(x * step) * (x * step), (y * step) * (y * step),
-                                  (z * step) * (z * step)});
+                points.push_back(
+                    {(x * step) * (x * step), (y * step) * (y * step), (z * step) * (z * step)});
             }
         }
     }
@@ -104,8 +104,8 @@ TEST(OrbitalBatch, RunsOfAnyLengthAndAlignment) {
         for (const COORDdoubleParams& p : points) max = std::max(max, e->GetNonScaledPDF(p));
         e->SetPDFScaleFactor(255.0 / max);
         for (size_t start : {size_t{0}, size_t{1}, size_t{7}}) {
-            for (size_t len : {size_t{0}, size_t{1}, size_t{2}, size_t{3}, size_t{63},
-                               size_t{64}, size_t{65}, size_t{129}}) {
+            for (size_t len : {size_t{0}, size_t{1}, size_t{2}, size_t{3}, size_t{63}, size_t{64},
+                               size_t{65}, size_t{129}}) {
                 std::vector<double> v(len + 1, -1.0);
                 std::vector<uint8_t> b(len + 1, 77);
                 e->NonScaledBatch(ViewMode::DRPDF, points.data() + start, v.data(), len);

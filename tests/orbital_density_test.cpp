@@ -16,8 +16,8 @@
 
 namespace {
 
-using veltara::COORDdoubleParams;
 using veltara::cElectron;
+using veltara::COORDdoubleParams;
 using veltara::modOrbitals::CreateElectron;
 
 std::unique_ptr<cElectron> Make(int index) {
@@ -78,8 +78,8 @@ double TotalProbability(cElectron& e) {
                     const double x = r * sinTheta * std::cos(phi);
                     const double y = r * sinTheta * std::sin(phi);
                     const double z = r * tn.x;
-                    total += rw * tn.w * (2 * std::numbers::pi / kPhi) *
-                             e.GetRealPDF(Squares(x, y, z));
+                    total +=
+                        rw * tn.w * (2 * std::numbers::pi / kPhi) * e.GetRealPDF(Squares(x, y, z));
                 }
             }
         }
@@ -101,12 +101,11 @@ struct Quantum {
 };
 
 const Quantum kSingles[30] = {
-    {0, 1, 0, 0},   {1, 2, 0, 0},   {2, 2, 1, 1},   {3, 2, 1, -1},  {4, 2, 1, 0},
-    {5, 3, 0, 0},   {6, 3, 1, 1},   {7, 3, 1, -1},  {8, 3, 1, 0},   {9, 3, 2, 0},
-    {10, 3, 2, 2},  {11, 3, 2, -2}, {12, 3, 2, 1},  {13, 3, 2, -1}, {14, 4, 0, 0},
-    {15, 4, 1, 1},  {16, 4, 1, -1}, {17, 4, 1, 0},  {18, 4, 2, 0},  {19, 4, 2, 2},
-    {20, 4, 2, -2}, {21, 4, 2, 1},  {22, 4, 2, -1}, {23, 4, 3, 0},  {24, 4, 3, 1},
-    {25, 4, 3, -1}, {26, 4, 3, 2},  {27, 4, 3, -2}, {28, 4, 3, 3},  {29, 4, 3, -3},
+    {0, 1, 0, 0},  {1, 2, 0, 0},   {2, 2, 1, 1},   {3, 2, 1, -1},  {4, 2, 1, 0},   {5, 3, 0, 0},
+    {6, 3, 1, 1},  {7, 3, 1, -1},  {8, 3, 1, 0},   {9, 3, 2, 0},   {10, 3, 2, 2},  {11, 3, 2, -2},
+    {12, 3, 2, 1}, {13, 3, 2, -1}, {14, 4, 0, 0},  {15, 4, 1, 1},  {16, 4, 1, -1}, {17, 4, 1, 0},
+    {18, 4, 2, 0}, {19, 4, 2, 2},  {20, 4, 2, -2}, {21, 4, 2, 1},  {22, 4, 2, -1}, {23, 4, 3, 0},
+    {24, 4, 3, 1}, {25, 4, 3, -1}, {26, 4, 3, 2},  {27, 4, 3, -2}, {28, 4, 3, 3},  {29, 4, 3, -3},
 };
 
 /// |psi|² of the real hydrogen orbital (n, l, m) at (x, y, z), up to a constant factor.
@@ -172,9 +171,16 @@ struct Subshell {
 };
 
 const Subshell kSubshells[] = {
-    {30, {0}},          {31, {1}},        {32, {2, 3, 4}},          {33, {5}},
-    {34, {6, 7, 8}},    {35, {9, 10, 11, 12, 13}},                  {36, {14}},
-    {37, {15, 16, 17}}, {38, {18, 19, 20, 21, 22}},                 {39, {23, 24, 25, 26, 27, 28, 29}},
+    {30, {0}},
+    {31, {1}},
+    {32, {2, 3, 4}},
+    {33, {5}},
+    {34, {6, 7, 8}},
+    {35, {9, 10, 11, 12, 13}},
+    {36, {14}},
+    {37, {15, 16, 17}},
+    {38, {18, 19, 20, 21, 22}},
+    {39, {23, 24, 25, 26, 27, 28, 29}},
 };
 
 TEST(OrbitalDensity, AveragedShellIsTheMeanOfItsSubshell) {
@@ -324,9 +330,9 @@ TEST(OrbitalDensity, BytesRoundHalfToEvenWithoutClamping) {
         double scale;
         int byte;  // -1: error 6
     };
-    const Case cases[] = {{0.5, 0},     {1.5, 2},     {2.5, 2},    {0.49, 0},    {254.5, 254},
+    const Case cases[] = {{0.5, 0},     {1.5, 2},     {2.5, 2},      {0.49, 0},   {254.5, 254},
                           {253.5, 254}, {255.0, 255}, {255.49, 255}, {255.5, -1}, {256.0, -1},
-                          {-0.5, 0},    {-0.51, -1},  {-3.0, -1},  {1e300, -1}};
+                          {-0.5, 0},    {-0.51, -1},  {-3.0, -1},    {1e300, -1}};
     const COORDdoubleParams nucleus{0, 0, 0};
     for (const Case& c : cases) {
         auto e = Make(0);
