@@ -1,6 +1,8 @@
 // FillDotMatrix: draws the dot cloud from the probability grid, keeping each mirror image of a
 // grid point with a probability proportional to the point's level.
+#include <array>
 #include <cmath>
+#include <cstdint>
 
 #include "render/orbital_renderer.h"
 #include "support/convert.h"
@@ -12,54 +14,101 @@ namespace {
 
 constexpr int32_t kLast = ProbGrid::kSize - 1;
 
+// kPowers[k] = 48271^k mod 2147483647: the multiplier of k steps of the generator.
+constexpr std::array<uint64_t, 9> GeneratorPowers() {
+    std::array<uint64_t, 9> p{};
+    p[0] = 1;
+    for (size_t k = 1; k < p.size(); ++k) p[k] = p[k - 1] * 48271u % 2147483647u;
+    return p;
+}
+static_assert(GeneratorPowers()[2] == 182605794u);
+
 // The shared generator, stepped inline for the length of one fill. It starts from the module's
-// state and hands the state back when the fill ends, also when the fill ends in an error, so
-// the sequence is exactly that of calling modRand::NextRandom once per draw.
+// state and hands the state back when the fill ends, also when it ends in an error, so the
+// sequence is exactly that of one modRand::NextRandom per draw.
+//
+// For a state s in 1..2147483646 a step of the generator is 48271 x s mod 2147483647, and k
+// steps are 48271^k x s mod 2147483647: the draws of one point's mirror images are worked out
+// side by side from the point's first state, rather than one after the other. States 0 and
+// 2147483647 are the stuck generator, which gives 2147483647 for ever.
 class InlineRandom {
 public:
-    InlineRandom() : mSeed(modRand::State()) {}
-    ~InlineRandom() { modRand::Randomize(mSeed); }
+    static constexpr uint64_t kModulus = 2147483647;
+
+    InlineRandom() : mSeed(static_cast<uint64_t>(modRand::State())) {
+        mStuck = mSeed == 0 || mSeed == kModulus;
+    }
+    ~InlineRandom() { modRand::Randomize(static_cast<int32_t>(mSeed)); }
     InlineRandom(const InlineRandom&) = delete;
     InlineRandom& operator=(const InlineRandom&) = delete;
 
-    int32_t Next() {
-        const int32_t hi = mSeed / 44488;
-        const int32_t lo = mSeed % 44488;
-        mSeed = 48271 * lo - 3399 * hi;
-        if (mSeed <= 0) mSeed += 2147483647;
-        return mSeed;
+    /// The next N draws into out[0..N).
+    template <int N>
+    void Next(int32_t* out) {
+        if (mStuck) {
+            for (int k = 0; k < N; ++k) out[k] = static_cast<int32_t>(kModulus);
+            mSeed = kModulus;
+            return;
+        }
+        for (int k = 0; k < N; ++k) out[k] = static_cast<int32_t>(MulMod(kPowers[k + 1], mSeed));
+        mSeed = static_cast<uint64_t>(out[N - 1]);
+    }
+
+    /// Puts the state back to the draw `drawn` of the last batch: a fill that stops in the
+    /// middle of a point's images has taken only the draws up to there.
+    void RewindTo(int32_t drawn) {
+        if (!mStuck) mSeed = static_cast<uint64_t>(drawn);
     }
 
 private:
-    int32_t mSeed;
+    static constexpr uint64_t MulMod(uint64_t a, uint64_t s) {
+        // a, s < 2^31 - 1: the product is below 2^62, and 2^31 = 1 modulo the modulus.
+        const uint64_t t = a * s;
+        uint64_t r = (t & kModulus) + (t >> 31);
+        if (r >= kModulus) r -= kModulus;
+        return r;
+    }
+    static constexpr std::array<uint64_t, 9> kPowers = GeneratorPowers();
+
+    uint64_t mSeed;
+    bool mStuck;
 };
 
 // Appends the accepted dots of one fill. The first append replaces the previous cloud; the
 // 16-bit counter overflows when the 32768th dot has been stored.
 class DotSink {
 public:
-    DotSink(std::vector<PointArray>& dots, const int32_t* accept)
-        : mDots(dots), mAccept(accept) {}
+    DotSink(std::vector<PointArray>& dots, const int32_t* accept, InlineRandom& rng)
+        : mDots(dots), mAccept(accept), mRng(rng) {}
 
-    // One draw for one mirror image of a point of level p.
-    void Offer(InlineRandom& rng, uint8_t p, int32_t x, int32_t y, int32_t z) {
-        if (rng.Next() < mAccept[p]) Append(p, x, y, z);
+    // One point of level p and its N mirror images (x, y, z signs from the table), one draw
+    // each, in the order given.
+    template <int N>
+    void Offer(uint8_t p, const int32_t (&images)[N][3]) {
+        int32_t r[N];
+        mRng.Next<N>(r);
+        const int32_t accept = mAccept[p];
+        for (int k = 0; k < N; ++k) {
+            if (r[k] < accept) Append(p, images[k], r[k]);
+        }
     }
 
 private:
-    void Append(uint8_t p, int32_t x, int32_t y, int32_t z) {
+    void Append(uint8_t p, const int32_t (&c)[3], int32_t drawn) {
         if (mCount == 0) mDots.clear();
         PointArray d;
-        d.X = static_cast<int16_t>(x);
-        d.Y = static_cast<int16_t>(y);
-        d.Z = static_cast<int16_t>(z);
+        d.X = static_cast<int16_t>(c[0]);
+        d.Y = static_cast<int16_t>(c[1]);
+        d.Z = static_cast<int16_t>(c[2]);
         d.P = p;
         mDots.push_back(d);
+        if (mCount == INT16_MAX) mRng.RewindTo(drawn);
         mCount = Add16(mCount, 1);
     }
 
     std::vector<PointArray>& mDots;
     const int32_t* mAccept;
+    InlineRandom& mRng;
     int16_t mCount = 0;
 };
 
@@ -97,56 +146,38 @@ void OrbitalRenderer::FillDotMatrix() {
     if (mProbMatrix.Empty()) Raise(kErrSubscript);
     const ProbGrid& g = mProbMatrix;
     InlineRandom rng;
-    DotSink sink(mDots, Accept);
+    DotSink sink(mDots, Accept, rng);
 
     // The visit: origin, the three half-axes, the three quarter-planes, the open octant; each
     // point's mirror images drawn in a fixed order, so a seed decides the cloud dot for dot.
-    if (const uint8_t p = g(0, 0, 0); p > thr) sink.Offer(rng, p, 0, 0, 0);
+    if (const uint8_t p = g(0, 0, 0); p > thr) sink.Offer<1>(p, {{0, 0, 0}});
     for (int32_t x = 1; x <= kLast; ++x) {
-        if (const uint8_t p = g(x, 0, 0); p > thr) {
-            sink.Offer(rng, p, x, 0, 0);
-            sink.Offer(rng, p, -x, 0, 0);
-        }
+        if (const uint8_t p = g(x, 0, 0); p > thr) sink.Offer<2>(p, {{x, 0, 0}, {-x, 0, 0}});
     }
     for (int32_t y = 1; y <= kLast; ++y) {
-        if (const uint8_t p = g(0, y, 0); p > thr) {
-            sink.Offer(rng, p, 0, y, 0);
-            sink.Offer(rng, p, 0, -y, 0);
-        }
+        if (const uint8_t p = g(0, y, 0); p > thr) sink.Offer<2>(p, {{0, y, 0}, {0, -y, 0}});
     }
     for (int32_t z = 1; z <= kLast; ++z) {
-        if (const uint8_t p = g(0, 0, z); p > thr) {
-            sink.Offer(rng, p, 0, 0, z);
-            sink.Offer(rng, p, 0, 0, -z);
-        }
+        if (const uint8_t p = g(0, 0, z); p > thr) sink.Offer<2>(p, {{0, 0, z}, {0, 0, -z}});
     }
     for (int32_t y = 1; y <= kLast; ++y) {
         for (int32_t x = 1; x <= kLast; ++x) {
             if (const uint8_t p = g(x, y, 0); p > thr) {
-                sink.Offer(rng, p, x, y, 0);
-                sink.Offer(rng, p, -x, y, 0);
-                sink.Offer(rng, p, x, -y, 0);
-                sink.Offer(rng, p, -x, -y, 0);
+                sink.Offer<4>(p, {{x, y, 0}, {-x, y, 0}, {x, -y, 0}, {-x, -y, 0}});
             }
         }
     }
     for (int32_t z = 1; z <= kLast; ++z) {
         for (int32_t x = 1; x <= kLast; ++x) {
             if (const uint8_t p = g(x, 0, z); p > thr) {
-                sink.Offer(rng, p, x, 0, z);
-                sink.Offer(rng, p, -x, 0, z);
-                sink.Offer(rng, p, x, 0, -z);
-                sink.Offer(rng, p, -x, 0, -z);
+                sink.Offer<4>(p, {{x, 0, z}, {-x, 0, z}, {x, 0, -z}, {-x, 0, -z}});
             }
         }
     }
     for (int32_t z = 1; z <= kLast; ++z) {
         for (int32_t y = 1; y <= kLast; ++y) {
             if (const uint8_t p = g(0, y, z); p > thr) {
-                sink.Offer(rng, p, 0, y, z);
-                sink.Offer(rng, p, 0, -y, z);
-                sink.Offer(rng, p, 0, y, -z);
-                sink.Offer(rng, p, 0, -y, -z);
+                sink.Offer<4>(p, {{0, y, z}, {0, -y, z}, {0, y, -z}, {0, -y, -z}});
             }
         }
     }
@@ -156,14 +187,14 @@ void OrbitalRenderer::FillDotMatrix() {
             for (int32_t x = 1; x <= kLast; ++x) {
                 const uint8_t p = row[x];
                 if (p <= thr) continue;
-                sink.Offer(rng, p, x, y, z);
-                sink.Offer(rng, p, -x, y, z);
-                sink.Offer(rng, p, x, -y, z);
-                sink.Offer(rng, p, x, y, -z);
-                sink.Offer(rng, p, -x, -y, z);
-                sink.Offer(rng, p, -x, y, -z);
-                sink.Offer(rng, p, x, -y, -z);
-                sink.Offer(rng, p, -x, -y, -z);
+                sink.Offer<8>(p, {{x, y, z},
+                                  {-x, y, z},
+                                  {x, -y, z},
+                                  {x, y, -z},
+                                  {-x, -y, z},
+                                  {-x, y, -z},
+                                  {x, -y, -z},
+                                  {-x, -y, -z}});
             }
         }
     }
