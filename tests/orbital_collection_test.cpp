@@ -10,6 +10,7 @@
 #include "engine/cOrbitalCol.h"
 #include "engine/cVeltara.h"
 #include "render/orbital_renderer.h"
+#include "renderer_test_access.h"
 #include "test_support.h"
 
 namespace veltara {
@@ -173,6 +174,12 @@ TEST(cOrbitalCol, GetStatsReturnsTheRenderersRecord) {
     EXPECT_EQ(b.DotTotal, static_cast<int32_t>(col.Renderer(1)->Dots().size()));
     EXPECT_EQ(a.DotTarget, 500);
     EXPECT_EQ(a.FramesRendered, 0);
+    // Whatever the renderer counted comes back as it stands.
+    auto& renderer = const_cast<OrbitalRenderer&>(*col.Renderer(0));
+    RendererTestAccess::Stats(renderer).FramesRendered = 2147483647;
+    RendererTestAccess::Stats(renderer).Mode = 201;
+    EXPECT_EQ(col.GetStats(0).FramesRendered, 2147483647);
+    EXPECT_EQ(col.GetStats(0).Mode, 201);
     // The two views of 1S differ in their histograms.
     EXPECT_FALSE(std::equal(std::begin(a.ProbFreqs), std::end(a.ProbFreqs), std::begin(b.ProbFreqs)));
 }
