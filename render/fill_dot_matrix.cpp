@@ -42,16 +42,21 @@ public:
     InlineRandom(const InlineRandom&) = delete;
     InlineRandom& operator=(const InlineRandom&) = delete;
 
-    /// The next N draws into out[0..N).
+    /// The next N draws into out[0..N); true when any of them lies below `accept`.
     template <int N>
-    void Next(int32_t* out) {
+    bool Next(int32_t* out, int32_t accept) {
         if (mStuck) {
             for (int k = 0; k < N; ++k) out[k] = static_cast<int32_t>(kModulus);
             mSeed = kModulus;
-            return;
+            return false;  // 2147483647 is below no acceptance threshold
         }
-        for (int k = 0; k < N; ++k) out[k] = static_cast<int32_t>(MulMod(kPowers[k + 1], mSeed));
+        int32_t below = 0;
+        for (int k = 0; k < N; ++k) {
+            out[k] = MulMod(kPowers[k + 1], mSeed);
+            below |= static_cast<int32_t>(out[k] < accept);
+        }
         mSeed = static_cast<uint64_t>(out[N - 1]);
+        return below != 0;
     }
 
     /// Puts the state back to the draw `drawn` of the last batch: a fill that stops in the
@@ -61,12 +66,14 @@ public:
     }
 
 private:
-    static constexpr uint64_t MulMod(uint64_t a, uint64_t s) {
-        // a, s < 2^31 - 1: the product is below 2^62, and 2^31 = 1 modulo the modulus.
+    static int32_t MulMod(uint64_t a, uint64_t s) {
+        // a, s < 2^31 - 1: the product is below 2^62, and 2^31 = 1 modulo the modulus, so the
+        // low 31 bits plus the rest is below 2^32 and congruent; one subtraction, done in
+        // signed 32 bits, brings it into 0..2147483646.
         const uint64_t t = a * s;
-        uint64_t r = (t & kModulus) + (t >> 31);
-        if (r >= kModulus) r -= kModulus;
-        return r;
+        const uint32_t r = static_cast<uint32_t>((t & kModulus) + (t >> 31));
+        const int32_t d = static_cast<int32_t>(r - static_cast<uint32_t>(kModulus));
+        return d < 0 ? static_cast<int32_t>(r) : d;
     }
     static constexpr std::array<uint64_t, 9> kPowers = GeneratorPowers();
 
@@ -86,8 +93,9 @@ public:
     template <int N>
     void Offer(uint8_t p, const int32_t (&images)[N][3]) {
         int32_t r[N];
-        mRng.Next<N>(r);
         const int32_t accept = mAccept[p];
+        // Most images are refused: the draws are tested together first.
+        if (!mRng.Next<N>(r, accept)) return;
         for (int k = 0; k < N; ++k) {
             if (r[k] < accept) Append(p, images[k], r[k]);
         }
