@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "picture_test_support.h"
+#include "support/convert.h"
+#include "support/modMaths.h"
 #include "test_support.h"
 
 namespace {
@@ -255,6 +257,72 @@ TEST(RenderDots, BothViewsDrawTheSameCloudAlike) {
     a->GetRender(req);
     b.GetRender(req);
     EXPECT_TRUE(Access::VolBits(*a) == Access::VolBits(b));
+}
+
+/// A plain reference of the central projections: every dot through modMaths::ProjectOntoPlane
+/// with whole COORDlong results, placed and shaded by the written rules.
+RgbaArray2D ReferenceFrame(const std::vector<PointArray>& dots, const RenderRequest& q,
+                           double scale) {
+    const bool nano = q.Size == RenderSize::Nano;
+    const int centre = nano ? 63 : 187;
+    RgbaArray2D out(2 * centre + 1, 2 * centre + 1);
+    const double cT = std::cos(q.Theta), sT = std::sin(q.Theta);
+    const double cP = std::cos(q.Phi), sP = std::sin(q.Phi);
+    int32_t e = 0;
+    if (q.Mode == RenderMode::Anaglyph) {
+        e = ToInt32(std::abs(q.ProjectionPlane - q.CameraPos) / -static_cast<double>(q.StereoFactor));
+    }
+    COORDlong one{}, two{}, plain{};
+    auto put = [&](const COORDlong& at, auto&& write) {
+        if (std::abs(at.X) <= centre && std::abs(at.Z) <= centre) write(out(centre + at.X, centre + at.Z));
+    };
+    for (const PointArray& dot : dots) {
+        const double xr = dot.Z * (sT * sP) + dot.X * cP + dot.Y * (cT * sP);
+        const double zr = dot.Z * cT - dot.Y * sT;
+        const double d = dot.Z * (sT * cP) - sP * dot.X + dot.Y * (cT * cP);
+        const double div = nano ? 2.0 : 1.0;
+        const COORDdouble p{xr / div, d / div, zr / div};
+        const uint8_t s = ToByte(128 - d * scale);
+        if (q.Mode == RenderMode::Anaglyph) {
+            modMaths::ProjectOntoPlane({e, q.CameraPos, 0}, p, one, q.ProjectionPlane);
+            modMaths::ProjectOntoPlane({-e, q.CameraPos, 0}, p, two, q.ProjectionPlane);
+            put(one, [&](RGBA& px) { px.G |= s; });
+            put(two, [&](RGBA& px) { px.R |= s; });
+        } else {
+            modMaths::ProjectOntoPlane({0, q.CameraPos, 0}, p, plain, q.ProjectionPlane);
+            put(plain, [&](RGBA& px) { px.B = px.G = px.R = static_cast<uint8_t>(px.G | s); });
+        }
+    }
+    return out;
+}
+
+TEST(RenderDots, CentralProjectionsMatchAPlainReferenceDotForDot) {
+    vt_test::FixedClock clock(100000);
+    std::vector<PointArray> dots;
+    for (int i = 0; i < 5000; ++i) {
+        dots.push_back({static_cast<int16_t>((i * 37) % 255 - 127),
+                        static_cast<int16_t>((i * 91) % 255 - 127),
+                        static_cast<int16_t>((i * 53) % 255 - 127), 0});
+    }
+    const double scale = 127.0 / (127.0 * std::sqrt(3.0));
+    int compared = 0;
+    for (const RenderMode mode : {RenderMode::Perspective, RenderMode::Anaglyph}) {
+        for (const RenderSize size : {RenderSize::Main, RenderSize::Nano}) {
+            for (const int16_t camera : {int16_t{-150}, int16_t{-400}, int16_t{0}, int16_t{60}}) {
+                RenderRequest q = vt_test::Request(mode, size);
+                q.Theta = 0.25 * camera;
+                q.Phi = -0.01 * camera;
+                q.CameraPos = camera;
+                q.ProjectionPlane = static_cast<int16_t>(camera == 60 ? -100 : 0);
+                q.StereoFactor = -25;
+                auto r = Render(dots, q, scale);
+                EXPECT_TRUE(Access::VolBits(*r) == ReferenceFrame(dots, q, scale))
+                    << static_cast<int>(mode) << " " << static_cast<int>(size) << " " << camera;
+                ++compared;
+            }
+        }
+    }
+    EXPECT_EQ(compared, 16);
 }
 
 }  // namespace
