@@ -199,6 +199,8 @@ void OrbitalRenderer::RenderVolume() {
     }
 
     // Adapting the preview towards 50 ms a frame; averaging with the old factor damps it.
+    // A VolFinal neither 0 nor -1 got a preview's resolution above yet adapts nothing here;
+    // kept, as hosts only ever send the two truth values.
     if (mReq.VolFinal == kFalse) {
         int32_t Elapsed = ElapsedMs(TimeGetTime(), StartTime);
         if (Elapsed == 0) Elapsed = 50;
