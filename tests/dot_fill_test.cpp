@@ -119,9 +119,11 @@ TEST(FillDotMatrix, EachImageTakesItsOwnDrawFromTheGenerator) {
 
         std::minstd_rand reference(static_cast<std::minstd_rand::result_type>(seed));
         std::vector<PointArray> expected;
+        int64_t lastDraw = seed;
         for (const P& p : points) {
             for (const PointArray& d : Images(p.x, p.y, p.z, p.p)) {
-                if (static_cast<int64_t>(reference()) < accept(p.p)) {
+                lastDraw = reference();
+                if (lastDraw < accept(p.p)) {
                     expected.push_back(d);
                     ++accepted;
                 } else {
@@ -131,6 +133,8 @@ TEST(FillDotMatrix, EachImageTakesItsOwnDrawFromTheGenerator) {
         }
         if (expected.empty()) expected = {Dot(9, 9, 9, 9)};
         ASSERT_EQ(f.Dots(), expected) << "seed " << seed;
+        // Eleven draws in all: the shared generator continues from the last.
+        ASSERT_EQ(modRand::State(), lastDraw) << "seed " << seed;
     }
     EXPECT_GT(accepted, 0);
     EXPECT_GT(rejected, 0);
@@ -264,6 +268,8 @@ TEST(FillDotMatrix, The32768thDotRaises6WithAllDotsKept) {
     EXPECT_EQ(f.Dots()[763], Dot(1, 1, 0, 255));
     EXPECT_EQ(f.Dots()[32766], Dot(-127, -63, 0, 255));
     EXPECT_EQ(f.Dots()[32767], Dot(1, 64, 0, 255));
+    // The fill stopped after the draw of the 32768th dot: the state is 48271^32768 x seed.
+    EXPECT_EQ(modRand::State(), PowMod(48271, 32768) * 2024 % kModulus);
 }
 
 TEST(FillDotMatrix, LevelWeightBeyond32BitsRaises6) {
