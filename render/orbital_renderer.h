@@ -46,6 +46,10 @@ private:
     // The electron of this renderer's view: unscaled value, scale factor (see the .cpp).
     double NonScaled(const COORDdoubleParams& p);
     void SetScaleFactor(double factor);
+    /// The electron, or error 91 when the catalogue gave none (an index outside 0..39).
+    cElectron& LiveElectron();
+    /// The radial view's maximum search (the density view's is a fixed grid refinement).
+    double FindMaxRadialDistribution();
 
     double FindMaxProbability();
     void CalcProbabilities();

@@ -17,8 +17,9 @@ namespace veltara {
 
 class cMemoryDCEx {
 public:
-    /// The largest width or height a bitmap is made with; larger ones fail like a platform
-    /// bitmap that cannot be made (the surface counts as created, hBmp is 0, copies do nothing).
+    /// The largest bitmap edge (Width, or Height + 1 rows) that is made; a larger one, or one
+    /// below 1, fails like a platform bitmap that cannot be made (the surface counts as created,
+    /// hBmp is 0, copies do nothing, GetBits returns zeros).
     static constexpr int32_t kMaxEdge = 16384;
 
     cMemoryDCEx() = default;
@@ -37,7 +38,9 @@ public:
     void GetAllBits(RgbaArray2D& Bits) const;
 
     /// Row Y (from the top) as Width pixels; Y = Height is the spare row; a row the bitmap does
-    /// not have comes back all zero. Raises 6 when Height - Y or Width - 1 overflows.
+    /// not have comes back all zero. Raises 6 when Height - Y or Width - 1 overflows. A Width of
+    /// 0 or below gives no elements; a row longer than 2^24 pixels (possible only on a surface
+    /// without a bitmap) raises 7.
     std::vector<RGBA> GetBits(const int32_t& Y) const;
 
     /// The inverse of GetAllBits; the spare row is left alone. Raises 9 for an empty array.
@@ -45,8 +48,9 @@ public:
 
     /// Writes ScanLines rows starting at row Y and going upwards (source row k goes to row Y - k);
     /// each source row is Width elements of ColourData, of which the first Length (0: Width - X)
-    /// go to columns X.. . Pixels outside the surface are clipped. Raises 9 for an empty array,
-    /// 6 when Height - Y or Width - X overflows.
+    /// go to columns X.. . Pixels outside the surface, or beyond the array's storage, are skipped;
+    /// a negative Length writes nothing. Raises 9 for an empty array, 6 when Height - Y or
+    /// Width - X overflows.
     void SetBits(const std::vector<RGBA>& ColourData, const int32_t& X, const int32_t& Y,
                  const int32_t& ScanLines, int32_t Length = 0);
 

@@ -9,15 +9,15 @@
 #include "support/clock.h"
 #include "support/error.h"
 
-/// Expects `statement` to raise engine error `number` with its message.
-#define EXPECT_VT_ERROR(statement, number)                                            \
+/// Expects `statement` to raise engine error `expected` with its message.
+#define EXPECT_VT_ERROR(statement, expected)                                          \
     do {                                                                              \
         try {                                                                         \
             statement;                                                                \
-            ADD_FAILURE() << "expected error " << (number) << " from " #statement;   \
+            ADD_FAILURE() << "expected error " << (expected) << " from " #statement; \
         } catch (const ::veltara::Error& e) {                                         \
-            EXPECT_EQ(e.number(), (number)) << #statement;                            \
-            EXPECT_STREQ(e.what(), ::veltara::ErrorText(number));                     \
+            EXPECT_EQ(e.number(), (expected)) << #statement;                          \
+            EXPECT_STREQ(e.what(), ::veltara::ErrorText(expected));                   \
         }                                                                             \
     } while (0)
 

@@ -1,0 +1,145 @@
+// cOrbitalCol: slots of renderers and the bookkeeping of the next free index.
+#include "engine/cOrbitalCol.h"
+
+#include <charconv>
+#include <string_view>
+
+#include "render/orbital_renderer.h"
+#include "support/convert.h"
+
+namespace veltara {
+
+namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// A decimal number: [+-] digits [. [digits]] | [+-] . digits, then [eE [+-] digits].
+bool IsDecimalNumber(std::string_view s) {
+    size_t i = 0;
+    if (i < s.size() && (s[i] == '+' || s[i] == '-')) ++i;
+    size_t digits = 0;
+    while (i < s.size() && IsDigit(s[i])) ++i, ++digits;
+    if (i < s.size() && s[i] == '.') {
+        ++i;
+        while (i < s.size() && IsDigit(s[i])) ++i, ++digits;
+    }
+    if (digits == 0) return false;
+    if (i < s.size() && (s[i] == 'e' || s[i] == 'E')) {
+        ++i;
+        if (i < s.size() && (s[i] == '+' || s[i] == '-')) ++i;
+        size_t expDigits = 0;
+        while (i < s.size() && IsDigit(s[i])) ++i, ++expDigits;
+        if (expDigits == 0) return false;
+    }
+    return i == s.size();
+}
+
+double ParseNumber(const std::string& text) {
+    std::string_view s(text);
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
+    while (!s.empty() && isBlank(s.front())) s.remove_prefix(1);
+    while (!s.empty() && isBlank(s.back())) s.remove_suffix(1);
+    if (!IsDecimalNumber(s)) Raise(kErrTypeMismatch);
+    // from_chars takes no leading '+' and never looks at the locale.
+    if (s.front() == '+') s.remove_prefix(1);
+    double value = 0.0;
+    const auto res = std::from_chars(s.data(), s.data() + s.size(), value);
+    // A number too large for a double is out of every integer range.
+    if (res.ec == std::errc::result_out_of_range) Raise(kErrOverflow);
+    if (res.ec != std::errc() || res.ptr != s.data() + s.size()) Raise(kErrTypeMismatch);
+    return value;
+}
+
+}  // namespace
+
+int32_t ConvertOrbitalIndex(const OrbitalIndexValue& index) {
+    struct Visitor {
+        int32_t operator()(int16_t v) const { return v; }
+        int32_t operator()(int32_t v) const { return v; }
+        int32_t operator()(double v) const { return ToInt32(v); }
+        int32_t operator()(const std::string& v) const { return ToInt32(ParseNumber(v)); }
+    };
+    return std::visit(Visitor{}, index);
+}
+
+cOrbitalCol::cOrbitalCol() : mOrbitals(1) {}
+
+cOrbitalCol::~cOrbitalCol() = default;
+
+int16_t cOrbitalCol::UBound() const { return Narrow16(static_cast<int64_t>(mOrbitals.size()) - 1); }
+
+void cOrbitalCol::CheckBounds(int32_t index) const {
+    if (index < 0 || static_cast<size_t>(index) >= mOrbitals.size()) Raise(kErrSubscript);
+}
+
+cOrbital& cOrbitalCol::Occupant(int32_t index) {
+    CheckBounds(index);
+    // A call on an empty slot reaches no object.
+    cOrbital* r = mOrbitals[static_cast<size_t>(index)].get();
+    if (r == nullptr) Raise(kErrObjectNotSet);
+    return *r;
+}
+
+const OrbitalRenderer* cOrbitalCol::Renderer(int16_t index) const {
+    CheckBounds(index);
+    return dynamic_cast<const OrbitalRenderer*>(mOrbitals[static_cast<size_t>(index)].get());
+}
+
+RenderDCinfo cOrbitalCol::GetRender(const int16_t& index, const RenderRequest& RenderInfo) {
+    return Occupant(index).GetRender(RenderInfo);
+}
+
+int32_t cOrbitalCol::ReFillDotMatrix(const OrbitalIndexValue& index, const uint8_t& Threshold,
+                                     const int32_t& Target) {
+    const int32_t i = ConvertOrbitalIndex(index);
+    // The public operation names the threshold first, the renderer the target first.
+    return Occupant(i).ReFillDotMatrix(Target, Threshold);
+}
+
+OrbitalStats cOrbitalCol::GetStats(const int16_t& index) { return Occupant(index).GetStats(); }
+
+int16_t cOrbitalCol::Add(const OrbitalSetup& Info) {
+    // 1. Grow by one slot when every slot is taken.
+    if (mNextOrbIndex > UBound()) mOrbitals.resize(static_cast<size_t>(mNextOrbIndex) + 1);
+
+    // 2. The renderer of the view; any other view leaves the slot empty.
+    std::unique_ptr<cOrbital>& slot = mOrbitals[static_cast<size_t>(mNextOrbIndex)];
+    switch (Info.OrbitalViewMode) {
+        case ViewMode::PDF: slot = std::make_unique<cOrbitalPDF>(); break;
+        case ViewMode::DRPDF: slot = std::make_unique<cOrbitalDRPDF>(); break;
+        default: break;
+    }
+
+    // 3. The whole calculation. An error leaves the renderer in its slot and the next index
+    // as it was: the slot stays taken until the host deletes it.
+    if (!slot) Raise(kErrObjectNotSet);
+    slot->Setup(Info);
+
+    // 4-6.
+    const int16_t result = mNextOrbIndex;
+    FindNextOrbIndex();
+    return result;
+}
+
+void cOrbitalCol::Delete(const int16_t& OrbIndex) {
+    const int16_t U = UBound();
+    CheckBounds(OrbIndex);
+    mOrbitals[static_cast<size_t>(OrbIndex)].reset();
+    // Only the last slot goes; empty slots that then stand at the end stay for later Adds.
+    if (OrbIndex == U && U != 0) mOrbitals.pop_back();
+    FindNextOrbIndex();
+}
+
+void cOrbitalCol::FindNextOrbIndex() {
+    const int16_t U = UBound();
+    for (int32_t i = 0; i <= U; ++i) {
+        if (!mOrbitals[static_cast<size_t>(i)]) {
+            mNextOrbIndex = static_cast<int16_t>(i);
+            return;
+        }
+    }
+    // Slot 32767 full and nothing free: 6, and mNextOrbIndex keeps its value.
+    mNextOrbIndex = Narrow16(static_cast<int32_t>(U) + 1);
+}
+
+}  // namespace veltara

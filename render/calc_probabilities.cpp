@@ -1,0 +1,199 @@
+// CalcProbabilities: samples the scaled byte density of the renderer's view on the octant grid
+// and counts each level, with its mirror images, in ProbFreqs.
+#include <array>
+#include <cstring>
+
+#include "render/orbital_renderer.h"
+
+namespace veltara {
+
+namespace {
+
+constexpr int32_t kLast = ProbGrid::kSize - 1;  // 127: the index at the atom radius
+
+// Evaluates the byte values of one run of points through the electron's batch path.
+struct RowSampler {
+    cElectron& electron;
+    ViewMode view;
+    const double* squares;  // squares[i] = (i x step)^2
+    std::array<COORDdoubleParams, ProbGrid::kSize> points{};
+    std::array<uint8_t, ProbGrid::kSize> values{};
+
+    // Points (x, y, z) for x = xFirst..xLast on the row (y, z).
+    const uint8_t* AlongX(int32_t xFirst, int32_t xLast, int32_t y, int32_t z) {
+        size_t n = 0;
+        for (int32_t x = xFirst; x <= xLast; ++x) {
+            points[n++] = {squares[x], squares[y], squares[z]};
+        }
+        electron.ScaledBatch(view, points.data(), values.data(), n);
+        return values.data();
+    }
+    // Points (x, y, z) for y = yFirst..yLast at fixed x and z.
+    const uint8_t* AlongY(int32_t x, int32_t yFirst, int32_t yLast, int32_t z) {
+        size_t n = 0;
+        for (int32_t y = yFirst; y <= yLast; ++y) {
+            points[n++] = {squares[x], squares[y], squares[z]};
+        }
+        electron.ScaledBatch(view, points.data(), values.data(), n);
+        return values.data();
+    }
+    // Points (x, y, z) for z = zFirst..zLast at fixed x and y.
+    const uint8_t* AlongZ(int32_t x, int32_t y, int32_t zFirst, int32_t zLast) {
+        size_t n = 0;
+        for (int32_t z = zFirst; z <= zLast; ++z) {
+            points[n++] = {squares[x], squares[y], squares[z]};
+        }
+        electron.ScaledBatch(view, points.data(), values.data(), n);
+        return values.data();
+    }
+};
+
+}  // namespace
+
+void OrbitalRenderer::CalcProbabilities() {
+    cElectron& e = LiveElectron();
+    mProbMatrix.Reset();
+    std::memset(mStats.ProbFreqs, 0, sizeof(mStats.ProbFreqs));
+    ProbGrid& g = mProbMatrix;
+    int32_t* freqs = mStats.ProbFreqs;
+
+    // The squared coordinate of each grid index: index 127 lies at the atom radius.
+    const double step = static_cast<double>(mSetup.AtomRadius) / 127.0;
+    std::array<double, ProbGrid::kSize> squares{};
+    for (int32_t i = 0; i <= kLast; ++i) {
+        const double c = static_cast<double>(i) * step;
+        squares[i] = c * c;
+    }
+    RowSampler sample{e, mView, squares.data()};
+
+    // The origin stands for itself only.
+    {
+        const uint8_t v = sample.AlongX(0, 0, 0, 0)[0];
+        g(0, 0, 0) = v;
+        freqs[v] += 1;
+    }
+
+    // Each point of a half-axis stands for itself and its mirror image.
+    {
+        const uint8_t* vx = sample.AlongX(1, kLast, 0, 0);
+        for (int32_t i = 1; i <= kLast; ++i) {
+            g(i, 0, 0) = vx[i - 1];
+            freqs[vx[i - 1]] += 2;
+        }
+        const uint8_t* vy = sample.AlongY(0, 1, kLast, 0);
+        for (int32_t i = 1; i <= kLast; ++i) {
+            g(0, i, 0) = vy[i - 1];
+            freqs[vy[i - 1]] += 2;
+        }
+        const uint8_t* vz = sample.AlongZ(0, 0, 1, kLast);
+        for (int32_t i = 1; i <= kLast; ++i) {
+            g(0, 0, i) = vz[i - 1];
+            freqs[vz[i - 1]] += 2;
+        }
+    }
+
+    // Each point of a quarter-plane stands for four images.
+    for (int32_t b = 1; b <= kLast; ++b) {
+        const uint8_t* vz0 = sample.AlongX(1, kLast, b, 0);  // plane Z = 0, row Y = b
+        for (int32_t a = 1; a <= kLast; ++a) {
+            g(a, b, 0) = vz0[a - 1];
+            freqs[vz0[a - 1]] += 4;
+        }
+        const uint8_t* vy0 = sample.AlongX(1, kLast, 0, b);  // plane Y = 0, row Z = b
+        for (int32_t a = 1; a <= kLast; ++a) {
+            g(a, 0, b) = vy0[a - 1];
+            freqs[vy0[a - 1]] += 4;
+        }
+        const uint8_t* vx0 = sample.AlongY(0, 1, kLast, b);  // plane X = 0, row Z = b
+        for (int32_t a = 1; a <= kLast; ++a) {
+            g(0, a, b) = vx0[a - 1];
+            freqs[vx0[a - 1]] += 4;
+        }
+    }
+
+    // The open octant, shortened by the symmetry the orbital declares for this view. Each
+    // evaluation adds its full weight even where the elements it writes coincide (X = Y under
+    // F16xy, the repeated permutations of F32): ProbFreqs then over-counts those points. This
+    // is intended: the dot fill's acceptance thresholds are worked out from these counts.
+    const OrbInfo info = e.GetInfo();
+    const OptFactor factor = mView == ViewMode::PDF ? info.PDFOptFactor : info.DRPDFOptFactor;
+    switch (factor) {
+        case OptFactor::F8:
+            for (int32_t z = 1; z <= kLast; ++z) {
+                for (int32_t y = 1; y <= kLast; ++y) {
+                    const uint8_t* v = sample.AlongX(1, kLast, y, z);
+                    uint8_t* row = &g(0, y, z);
+                    for (int32_t x = 1; x <= kLast; ++x) {
+                        row[x] = v[x - 1];
+                        freqs[v[x - 1]] += 8;
+                    }
+                }
+            }
+            break;
+        case OptFactor::F16xy:
+            // Mirror in the plane X = Y.
+            for (int32_t z = 1; z <= kLast; ++z) {
+                for (int32_t y = 1; y <= kLast; ++y) {
+                    const uint8_t* v = sample.AlongX(1, y, y, z);
+                    for (int32_t x = 1; x <= y; ++x) {
+                        const uint8_t p = v[x - 1];
+                        g(x, y, z) = p;
+                        g(y, x, z) = p;
+                        freqs[p] += 16;
+                    }
+                }
+            }
+            break;
+        case OptFactor::F16yz:
+            // Mirror in the plane Y = Z. The radial view leaves the open octant unsampled for
+            // this factor; that difference between the views is intended and kept.
+            if (mView == ViewMode::DRPDF) break;
+            for (int32_t y = 1; y <= kLast; ++y) {
+                for (int32_t z = 1; z <= y; ++z) {
+                    const uint8_t* v = sample.AlongX(1, kLast, y, z);
+                    for (int32_t x = 1; x <= kLast; ++x) {
+                        const uint8_t p = v[x - 1];
+                        g(x, y, z) = p;
+                        g(x, z, y) = p;
+                        freqs[p] += 16;
+                    }
+                }
+            }
+            break;
+        case OptFactor::F16xz:
+            // Mirror in the plane X = Z.
+            for (int32_t y = 1; y <= kLast; ++y) {
+                for (int32_t z = 1; z <= kLast; ++z) {
+                    const uint8_t* v = sample.AlongX(1, z, y, z);
+                    for (int32_t x = 1; x <= z; ++x) {
+                        const uint8_t p = v[x - 1];
+                        g(x, y, z) = p;
+                        g(z, y, x) = p;
+                        freqs[p] += 16;
+                    }
+                }
+            }
+            break;
+        case OptFactor::F32:
+            // The point (C, B, A) with B, C <= A stands for four permutations of itself.
+            for (int32_t a = 1; a <= kLast; ++a) {
+                for (int32_t b = 1; b <= a; ++b) {
+                    const uint8_t* v = sample.AlongX(1, a, b, a);
+                    for (int32_t c = 1; c <= a; ++c) {
+                        const uint8_t p = v[c - 1];
+                        g(c, b, a) = p;
+                        g(b, c, a) = p;
+                        g(c, a, b) = p;
+                        g(a, c, b) = p;
+                        freqs[p] += 32;
+                    }
+                }
+            }
+            break;
+        default:
+            // An unknown factor leaves the open octant at 0.
+            break;
+    }
+}
+
+}  // namespace veltara

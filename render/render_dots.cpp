@@ -1,0 +1,170 @@
+// RenderDots: the dot cloud turned by the view angles and projected orthographically, in
+// perspective or as a red-green anaglyph into mVolBits, then handed to the frame's surface.
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include "render/orbital_renderer.h"
+#include "support/convert.h"
+#include "support/modMaths.h"
+
+namespace veltara {
+
+namespace {
+
+/// Frame constants of the two dot-picture sizes.
+struct DotFrame {
+    int16_t maxPixel;   // last index of mVolBits in both directions
+    int32_t centre;     // screen centre
+    int32_t maxOffset;  // largest accepted offset from the centre
+};
+
+constexpr DotFrame kMainFrame{374, 187, 187};
+constexpr DotFrame kNanoFrame{126, 63, 63};
+
+}  // namespace
+
+void OrbitalRenderer::RenderDots() {
+    // Step 1: the view transform, once per frame. A non-finite angle has no cosine.
+    const double cT = CheckFinite(std::cos(mReq.Theta));
+    const double sT = CheckFinite(std::sin(mReq.Theta));
+    const double cP = CheckFinite(std::cos(mReq.Phi));
+    const double sP = CheckFinite(std::sin(mReq.Phi));
+    const double cTcP = cT * cP;
+    const double sTsP = sT * sP;
+    const double sTcP = sT * cP;
+    const double cTsP = cT * sP;
+
+    // Step 2: only the two picture sizes are drawn; any other size leaves every pixel and
+    // handle as it was.
+    const int32_t size = static_cast<int32_t>(mReq.Size);
+    if (size != 375 && size != 128) return;
+    const bool nano = size == 128;
+    const DotFrame& frame = nano ? kNanoFrame : kMainFrame;
+
+    // Step 3: a clean pixel array of the frame's size.
+    if (mMaxPixel == frame.maxPixel && !mVolBits.Empty()) {
+        std::memset(static_cast<void*>(mVolBits.Data()), 0, mVolBits.Size() * sizeof(RGBA));
+    } else {
+        mVolBits.Resize(frame.maxPixel + 1, frame.maxPixel + 1);
+        mMaxPixel = frame.maxPixel;
+    }
+
+    const RenderMode mode = mReq.Mode;
+    const bool anaglyph = mode == RenderMode::Anaglyph;
+    // Any mode value that is neither perspective nor anaglyph draws orthographically.
+    const bool perspective = mode == RenderMode::Perspective;
+    const bool levels = mReq.ShowProbLevelOnDots != kFalse;
+    const double depthScale = mDotDepthScale;
+    const int32_t centre = frame.centre;
+    const int32_t maxOffset = frame.maxOffset;
+    RGBA* const pixels = mVolBits.Data();
+    const int32_t stride = mVolBits.Cols();
+
+    // Eye offset of the anaglyph: |plane - camera| / -StereoFactor, rounded half to even.
+    COORDlong eyeOne{0, mReq.CameraPos, 0};
+    COORDlong eyeTwo{0, mReq.CameraPos, 0};
+    if (anaglyph) {
+        const int16_t spread = Abs16(Sub16(mReq.ProjectionPlane, mReq.CameraPos));
+        const int32_t e = ToInt32(Divide(spread, Neg16(mReq.StereoFactor)));
+        eyeOne.X = e;
+        eyeTwo.X = Neg32(e);
+    }
+    const COORDlong camera{0, mReq.CameraPos, 0};
+    const int16_t plane = mReq.ProjectionPlane;
+    // A point that the projection does not write (depth 0..1 in front of the camera) is drawn
+    // where the previous dot landed. Intended: it costs one misplaced dot at most and keeps
+    // the projection free of a special case; the first such dot lands at the centre.
+    COORDlong projected{};
+    COORDlong projectedOne{};
+    COORDlong projectedTwo{};
+
+    auto accepted = [maxOffset](int32_t col, int32_t row) {
+        return col >= -maxOffset && col <= maxOffset && row >= -maxOffset && row <= maxOffset;
+    };
+    auto pixelAt = [&](int32_t col, int32_t row) -> RGBA& {
+        return pixels[static_cast<size_t>(centre + row) * stride + (centre + col)];
+    };
+
+    // Step 4 onwards: every dot from 0 to mLastDot.
+    const int64_t available = static_cast<int64_t>(mDots.size());
+    const int64_t last = mLastDot < available ? mLastDot : available - 1;
+    const PointArray* const dots = mDots.data();
+    for (int64_t i = 0; i <= last; ++i) {
+        const PointArray& dot = dots[i];
+        const double x = dot.X;
+        const double y = dot.Y;
+        const double z = dot.Z;
+        const double xr = z * sTsP + x * cP + y * cTsP;
+        const double zr = z * cT - y * sT;
+        const double d = z * sTcP - sP * x + y * cTcP;
+        // Nearer dots (smaller depth) are brighter.
+        const double shade = 128.0 - d * depthScale;
+
+        if (anaglyph) {
+            const uint8_t s = ToByte(shade);
+            COORDdouble p{xr, d, zr};
+            if (nano) p = {xr / 2.0, d / 2.0, zr / 2.0};
+            modMaths::ProjectOntoPlane(eyeOne, p, projectedOne, plane);
+            modMaths::ProjectOntoPlane(eyeTwo, p, projectedTwo, plane);
+            // Eye one (camera at +e) is green, eye two red; the outline uses the same pairing.
+            if (accepted(projectedOne.X, projectedOne.Z)) {
+                RGBA& px = pixelAt(projectedOne.X, projectedOne.Z);
+                px.G = static_cast<uint8_t>(px.G | s);
+            }
+            if (accepted(projectedTwo.X, projectedTwo.Z)) {
+                RGBA& px = pixelAt(projectedTwo.X, projectedTwo.Z);
+                px.R = static_cast<uint8_t>(px.R | s);
+            }
+            continue;
+        }
+
+        int32_t col;
+        int32_t row;
+        if (perspective) {
+            COORDdouble p{xr, d, zr};
+            if (nano) p = {xr / 2.0, d / 2.0, zr / 2.0};
+            modMaths::ProjectOntoPlane(camera, p, projected, plane);
+            col = projected.X;
+            row = projected.Z;
+        } else {
+            col = static_cast<int32_t>(std::floor(xr));
+            row = static_cast<int32_t>(std::floor(zr));
+            if (nano) {
+                col /= 2;  // remainder dropped, towards zero
+                row /= 2;
+            }
+        }
+        if (!accepted(col, row)) continue;
+
+        // Pixels combine by OR, never by replacement or addition: overlapping dots saturate
+        // towards the brighter bits. Intended; the look of dense regions depends on it.
+        RGBA& px = pixelAt(col, row);
+        if (levels) {
+            const int32_t s = ToInt32(shade);
+            const int32_t p = dot.P;
+            px.G = NarrowByte(px.G | (Mul32(p, s) / 255));
+            px.R = NarrowByte(px.R | (Mul32(255 - p, s) / 255));
+        } else {
+            const uint8_t v = static_cast<uint8_t>(px.G | ToByte(shade));
+            px.B = v;
+            px.G = v;
+            px.R = v;
+        }
+    }
+    // A cloud shorter than its recorded upper bound fails as an index out of range would.
+    if (mLastDot >= available) Raise(kErrSubscript);
+
+    // The transector on top of the dots.
+    if (mReq.Transector != kFalse) DrawTransector();
+
+    cMemoryDCEx& surface = SurfaceFor(mReq.Size);
+    surface.SetAllBits(mVolBits);
+    if (nano) {
+        mDCInfo.NanoHDC = surface.hdc();
+    } else {
+        mDCInfo.MainHDC = surface.hdc();
+    }
+}
+
+}  // namespace veltara
