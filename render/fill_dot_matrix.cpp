@@ -152,7 +152,7 @@ void OrbitalRenderer::FillDotMatrix() {
     }
     for (int32_t z = 1; z <= kLast; ++z) {
         for (int32_t y = 1; y <= kLast; ++y) {
-            const uint8_t* row = &g(0, y, z);
+            const uint8_t* row = g.Data() + ProbGrid::Index(0, y, z);
             for (int32_t x = 1; x <= kLast; ++x) {
                 const uint8_t p = row[x];
                 if (p <= thr) continue;
