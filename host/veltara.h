@@ -6,9 +6,11 @@
  * and vt_surface_read copies the visible picture out: rows top first, 4 bytes a pixel in the
  * order B, G, R, A.
  *
- * Return convention: every function that can fail returns an int32_t error number, 0 for
- * success, and hands its results back through pointers marked out. No function lets an
- * exception or a signal escape. The numbers (text from vt_error_text):
+ * Return convention: every function returns an int32_t error number, 0 for success, and hands
+ * its results back through pointers marked out (vt_error_text, which returns the message of a
+ * number, is the one exception). An engine or surface pointer that is NULL gives 91; a NULL
+ * out pointer, or a NULL input that the call needs, gives 5. No function lets an exception
+ * escape. The numbers (text from vt_error_text):
  *    5  invalid procedure call or argument (NaN, square root of a negative, bad argument)
  *    6  overflow (a value outside its width, an infinite result)
  *    7  out of memory
@@ -103,7 +105,9 @@ typedef struct vt_OrbitalStats {
     int32_t DotTime;       /* ms */
 } vt_OrbitalStats;
 
-/* One catalogue entry. Name points to static UTF-8 text (superscripts as U+00B2, U+00B3). */
+/* One catalogue entry. Name points to static UTF-8 text that lives as long as the process
+ * (superscripts as U+00B2, U+00B3). The fields follow the pointer, so the offsets depend on
+ * the pointer's size: 40 bytes with 8-byte pointers, 32 with 4-byte ones. */
 typedef struct vt_OrbInfo {
     const char *Name;
     int16_t DefaultPDFAtomRadius;
@@ -113,6 +117,7 @@ typedef struct vt_OrbInfo {
     int16_t n;
     int16_t l;
     int16_t M;
+    uint8_t Reserved[2];
     int32_t OrbType;       /* VT_SINGLE_ORB or VT_AVERAGE_ORBS */
     int32_t PDFOptFactor;
     int32_t DRPDFOptFactor;
@@ -155,92 +160,150 @@ typedef struct vt_memdc vt_memdc;
 
 /* ---- Errors ---------------------------------------------------------------------------- */
 
-/* The message of an error number ("Success" for 0, "Unknown error" otherwise). Never NULL. */
+/* The message of an error number ("Success" for 0, "Unknown error" for a number the engine never
+ * gives). Never NULL; the text is static. */
 VT_API const char *vt_error_text(int32_t number);
 
 /* ---- Engine ---------------------------------------------------------------------------- */
 
-/* A new engine with an empty collection. out: the engine. Errors: 5 (out NULL), 7. */
+/* A new engine with an empty collection (one empty slot, index 0).
+ * out: the engine, to be freed with vt_destroy. Errors: 5 (out NULL), 7. */
 VT_API int32_t vt_create(vt_engine **out);
-/* Frees the engine, its orbitals and their surfaces. NULL is allowed. */
-VT_API void vt_destroy(vt_engine *e);
+/* Frees the engine, its orbitals and their surfaces; their device handles stop resolving.
+ * NULL is allowed and does nothing. Always 0. */
+VT_API int32_t vt_destroy(vt_engine *e);
 
-/* The 40 catalogue entries, index 0..39. out: an array of 40. Errors: 5 (out NULL), 91. */
+/* The 40 catalogue entries, index 0..39, in catalogue order.
+ * out: an array of 40 records. Errors: 91 (e NULL), 5 (out NULL). */
 VT_API int32_t vt_enum_orbitals(vt_engine *e, vt_OrbInfo out[40]);
-/* The highest principal quantum number of the catalogue: 4. */
-VT_API int16_t vt_highest_n(vt_engine *e);
+/* The highest principal quantum number of the catalogue.
+ * out: 4. Errors: 91, 5. */
+VT_API int32_t vt_highest_n(vt_engine *e, int16_t *out);
 
-/* Adds an orbital: samples its probability grid and draws its first dot cloud.
+/* Adds an orbital: samples its probability grid and draws its first dot cloud (the call blocks
+ * for the whole calculation; the random generator is seeded from the clock).
  * index (out): its handle, the lowest free slot. Errors: 91 (a view other than VT_PDF and
  * VT_DRPDF, or an index outside 0..39: the slot stays empty), 6 (a byte above 255, a
- * 32768th dot, the 32768th slot), 11 (a density that is zero over the whole cube). */
+ * 32768th dot, the 32768th slot), 11 (a density that is zero over the whole cube), 5. */
 VT_API int32_t vt_add(vt_engine *e, const vt_OrbitalSetup *setup, int16_t *index);
-/* Deletes an orbital; deleting an empty slot is allowed. Errors: 9 outside the slots. */
+/* Deletes an orbital; deleting an empty slot is allowed. Only the last slot is removed from the
+ * collection (and never slot 0); other slots stay, empty, for later adds.
+ * Errors: 9 (outside the slots), 91. */
 VT_API int32_t vt_delete(vt_engine *e, int16_t index);
 
-/* Renders one picture of an orbital. out: both surfaces' device handles.
- * Errors: 9 (index, or a volumetric quality other than 0 and 5..10, or a slice beyond 127),
- * 91 (empty slot), 6, 11 (anaglyph with StereoFactor 0). */
+/* Renders one picture of an orbital into its surface of the requested size.
+ * out: both surfaces' device handles as last drawn (0 for a size never drawn); read the
+ * picture with vt_surface_read. Errors: 9 (index outside the slots, a volumetric quality other
+ * than 0 and 5..10, a slice beyond 127), 91 (empty slot), 6, 11 (anaglyph with StereoFactor 0),
+ * 5. */
 VT_API int32_t vt_get_render(vt_engine *e, int16_t index, const vt_RenderRequest *req,
                              vt_RenderDCinfo *out);
 
-/* Draws a new dot cloud from the orbital's grid. result (out): always 0.
- * Errors: 13 (index not a number), 9, 91, 6 (target outside 16 bits, a 32768th dot). */
+/* Draws a new dot cloud from the orbital's existing grid with target dots above threshold.
+ * index is untyped: a 16-bit or 32-bit integer, a double or a numeric string, rounded half to
+ * even. result (out): always 0. Errors: 13 (a string that is not a number, or an unknown kind;
+ * checked before anything else), 6 (index outside 32 bits, target outside 16 bits, a 32768th
+ * dot), 9, 91, 5 (index, index->value.str or result NULL). */
 VT_API int32_t vt_refill_dot_matrix(vt_engine *e, const vt_Variant *index, uint8_t threshold,
                                     int32_t target, int32_t *result);
 
-/* The orbital's statistics. out: a copy. Errors: 9, 91. */
+/* The orbital's statistics. out: a copy. Errors: 9, 91, 5. */
 VT_API int32_t vt_get_stats(vt_engine *e, int16_t index, vt_OrbitalStats *out);
+
+/* ---- Read-only data of an orbital ------------------------------------------------------ */
+
+/* The setup the orbital was added with, with the target and threshold of its last refill.
+ * out: a copy. Errors: 9, 91, 5. */
+VT_API int32_t vt_get_setup(vt_engine *e, int16_t index, vt_OrbitalSetup *out);
+
+/* A copy of the orbital's dot cloud. Dot i is at grid point (X, Y, Z), -127..127 on each axis,
+ * that is X * AtomRadius / 127 Bohr radii from the nucleus, with probability level P.
+ * count (out): the number of dots held. Pass dots NULL and capacity 0 to ask for the count
+ * only. Errors: 9 (index outside the slots, or capacity below the count: nothing copied, count
+ * still written), 91, 5 (count NULL, or dots NULL with a capacity). */
+VT_API int32_t vt_get_dots(vt_engine *e, int16_t index, vt_PointArray *dots, int32_t capacity,
+                           int32_t *count);
+
+/* Points per axis of the probability grid. */
+#define VT_GRID_SIZE 128
+/* A copy of the orbital's probability grid: VT_GRID_SIZE^3 = 2097152 levels 0..255 over one
+ * octant of the cube, grid point (x, y, z) (0..127 each; 0 at the nucleus, 127 at AtomRadius)
+ * at byte (z * 128 + y) * 128 + x. The other seven octants are its mirror images.
+ * Errors: 9 (index outside the slots, or size below 2097152), 91, 5 (grid NULL). */
+VT_API int32_t vt_get_grid(vt_engine *e, int16_t index, uint8_t *grid, size_t size);
+
+/* The normalised density of catalogue orbital `orbital` (0..39) in view `view` at count points,
+ * each given as x, y, z in Bohr radii (xyz[3 * i] .. xyz[3 * i + 2]): per cubic Bohr radius for
+ * VT_PDF, the radially weighted density for VT_DRPDF. Needs no engine.
+ * out: count values. Errors: 91 (orbital outside 0..39), 5 (a view other than VT_PDF and
+ * VT_DRPDF, xyz or out NULL with count above 0), and the density's own errors (5, 6). */
+VT_API int32_t vt_real_density(int16_t orbital, int32_t view, const double *xyz, size_t count,
+                               double *out);
 
 /* ---- Surfaces behind device handles ---------------------------------------------------- */
 
-/* Width and height (out) of the visible picture behind a device handle. Errors: 9 unknown. */
+/* Width and height (out) of the visible picture behind a device handle (375 x 375 for Main
+ * pictures, 127 x 127 for Nano ones). Errors: 9 (0, unknown or freed handle), 5. */
 VT_API int32_t vt_surface_info(int32_t handle, int32_t *width, int32_t *height);
-/* Copies the visible picture behind a device handle into bgra (width x height x 4 bytes,
- * rows top first, B, G, R, A). Errors: 9 (unknown handle, or size too small). */
+/* Copies the visible picture behind a device handle into bgra: width x height pixels of 4 bytes
+ * (B, G, R, A), rows top first, no padding. size: the bytes bgra holds.
+ * Errors: 9 (unknown handle, or size below width x height x 4), 5 (bgra NULL). */
 VT_API int32_t vt_surface_read(int32_t handle, uint8_t *bgra, size_t size);
 
 /* ---- The public pixel surface ---------------------------------------------------------- */
 
-/* A new, empty surface object (no bitmap until vt_memdc_create). */
+/* A new, empty surface object (no bitmap until vt_memdc_create). out: it. Errors: 5, 7. */
 VT_API int32_t vt_memdc_new(vt_memdc **out);
-/* Deletes the surface's bitmap and frees the object. NULL is allowed. */
-VT_API void vt_memdc_free(vt_memdc *m);
-/* Makes a width x (height + 1) bitmap (the extra row is a spare below the picture).
- * hdc (out, may be NULL): the new device handle. Errors: 6 (height + 1 overflows). */
+/* Deletes the surface's bitmap and frees the object. NULL is allowed. Always 0. */
+VT_API int32_t vt_memdc_free(vt_memdc *m);
+/* Makes a width x (height + 1) bitmap, all zero (the extra row is a spare below the picture),
+ * deleting the old one first. A size below 1 or above 16384 gives no bitmap (handle 0 for it).
+ * hdc (out, may be NULL): the new device handle. Errors: 6 (height + 1 overflows), 91. */
 VT_API int32_t vt_memdc_create(vt_memdc *m, int32_t width, int32_t height, int32_t *hdc);
-/* Copies the visible picture into bits (cols x rows, element (x, j) at j * cols + x, j counted
- * from the bottom row of the picture). Errors: 9 (cols or rows 0). */
+/* Copies the visible picture into bits, an array of cols x rows pixels: element (x, j) at
+ * j * cols + x, j counted from the bottom row of the picture. Pass the surface's own width and
+ * height; a smaller array receives the part that fits. Errors: 9 (cols or rows below 1), 91,
+ * 5 (bits NULL). */
 VT_API int32_t vt_memdc_get_all_bits(vt_memdc *m, vt_RGBA *bits, int32_t cols, int32_t rows);
-/* The inverse of vt_memdc_get_all_bits; the spare row is left alone. */
+/* The inverse of vt_memdc_get_all_bits; the spare row is left alone. Errors: as it. */
 VT_API int32_t vt_memdc_set_all_bits(vt_memdc *m, const vt_RGBA *bits, int32_t cols,
                                      int32_t rows);
-/* Row y counted from the top (y = height: the spare row) into out (count pixels at most).
- * written (out, may be NULL): pixels written (the surface's width, or count if smaller). */
+/* Row y counted from the top (y = height: the spare row; a row the bitmap does not have reads
+ * as zeros) into out, count pixels at most. written (out): the pixels written (the surface's
+ * width, or count if smaller). Errors: 6 (height - y overflows), 91, 5 (written NULL, or out
+ * NULL with count above 0). */
 VT_API int32_t vt_memdc_get_bits(vt_memdc *m, int32_t y, vt_RGBA *out, int32_t count,
                                  int32_t *written);
-/* Writes scan_lines rows from row y upwards, each source row `width` pixels of data, the first
- * length (0: the rest of the row) at column x; clipped at the edges. Errors: 9 (count 0), 6. */
+/* Writes scan_lines rows from row y (from the top) upwards: source row k of data (the surface's
+ * width in pixels, count pixels in all) goes to row y - k, its first length pixels (0: the rest
+ * of the row) at columns x onwards; clipped at the edges. Errors: 9 (count 0), 6 (height - y or
+ * width - x overflows), 91, 5 (count negative, or data NULL with count above 0). */
 VT_API int32_t vt_memdc_set_bits(vt_memdc *m, const vt_RGBA *data, int32_t count, int32_t x,
                                  int32_t y, int32_t scan_lines, int32_t length);
-/* The device-context and bitmap handles (0 before the first create). */
+/* The device-context and bitmap handles (out): 0 before the first create, the old, no longer
+ * resolving values after a delete. Errors: 91, 5. */
 VT_API int32_t vt_memdc_handles(vt_memdc *m, int32_t *hdc, int32_t *hbmp);
-/* Frees the bitmap; the handles no longer resolve. */
+/* Width and height (out) of the last create (0 before it). Errors: 91, 5. */
+VT_API int32_t vt_memdc_size(vt_memdc *m, int32_t *width, int32_t *height);
+/* Frees the bitmap; the handles no longer resolve. Deleting twice is allowed. Errors: 91. */
 VT_API int32_t vt_memdc_delete(vt_memdc *m);
 
 /* ---- Clock and about box --------------------------------------------------------------- */
 
-/* Replaces the millisecond clock of the calling thread; NULL restores the system clock.
- * Renderers seed their random generator from it: readings below 32768 give seed 0. */
-VT_API void vt_set_clock(int32_t (*clock)(void *ctx), void *ctx);
+/* Replaces the millisecond clock of the calling thread with clock(ctx); NULL restores the
+ * system clock (milliseconds since boot, wrapping at 32 bits). Renderers seed their random
+ * generator from it, so a fixed clock gives the same dots every run; readings below 32768
+ * give seed 0, which draws no dots. Always 0. */
+VT_API int32_t vt_set_clock(int32_t (*clock)(void *ctx), void *ctx);
 
-/* The about box's texts (static). */
+/* The about box's texts (out): static UTF-8. Errors: 5. */
 VT_API int32_t vt_about_texts(vt_AboutBox *out);
-/* Installs the presenter of the about box: show is called with the texts and returns when the
- * dialog closes; then set_top_most(VT_TRUE). NULL show removes it. */
-VT_API void vt_set_about_presenter(void (*show)(const vt_AboutBox *box, void *ctx),
-                                   void (*set_top_most)(vt_bool on_top, void *ctx), void *ctx);
-/* Shows the about box through the installed presenter (nothing without one). */
+/* Installs the presenter of the about box for the process: show is called with the texts (valid
+ * during the call) and returns when the dialog closes; then set_top_most(VT_TRUE) (may be
+ * NULL). NULL show removes the presenter. Always 0. */
+VT_API int32_t vt_set_about_presenter(void (*show)(const vt_AboutBox *box, void *ctx),
+                                      void (*set_top_most)(vt_bool on_top, void *ctx), void *ctx);
+/* Shows the about box through the installed presenter (nothing without one). Errors: 91. */
 VT_API int32_t vt_about(vt_engine *e);
 
 #ifdef __cplusplus
