@@ -184,7 +184,8 @@ VT_API int32_t vt_highest_n(vt_engine *e, int16_t *out);
  * for the whole calculation; the random generator is seeded from the clock).
  * index (out): its handle, the lowest free slot. Errors: 91 (a view other than VT_PDF and
  * VT_DRPDF, or an index outside 0..39: the slot stays empty), 6 (a byte above 255, a
- * 32768th dot, the 32768th slot), 11 (a density that is zero over the whole cube), 5. */
+ * 32768th dot, the 32768th slot), 11 (a density that is zero over the whole cube), 9 (a
+ * first dot cloud without a single dot, e.g. with a clock below 32768 ms), 5. */
 VT_API int32_t vt_add(vt_engine *e, const vt_OrbitalSetup *setup, int16_t *index);
 /* Deletes an orbital; deleting an empty slot is allowed. Only the last slot is removed from the
  * collection (and never slot 0); other slots stay, empty, for later adds.
@@ -293,7 +294,7 @@ VT_API int32_t vt_memdc_delete(vt_memdc *m);
 /* Replaces the millisecond clock of the calling thread with clock(ctx); NULL restores the
  * system clock (milliseconds since boot, wrapping at 32 bits). Renderers seed their random
  * generator from it, so a fixed clock gives the same dots every run; readings below 32768
- * give seed 0, which draws no dots. Always 0. */
+ * give seed 0, which draws no dots (vt_add then fails with 9). Always 0. */
 VT_API int32_t vt_set_clock(int32_t (*clock)(void *ctx), void *ctx);
 
 /* The about box's texts (out): static UTF-8. Errors: 5. */
