@@ -62,7 +62,8 @@ void Run(benchmark::State& state, int16_t index, ViewMode view, Path path, Outpu
         } else {
             for (size_t i = 0; i < points.size(); ++i) {
                 if (output == Output::kNonScaled) {
-                    values[i] = pdf ? e->GetNonScaledPDF(points[i]) : e->GetNonScaledDRPDF(points[i]);
+                    values[i] =
+                        pdf ? e->GetNonScaledPDF(points[i]) : e->GetNonScaledDRPDF(points[i]);
                 } else {
                     bytes[i] = pdf ? e->GetPDF(points[i]) : e->GetDRPDF(points[i]);
                 }
@@ -75,7 +76,56 @@ void Run(benchmark::State& state, int16_t index, ViewMode view, Path path, Outpu
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * points.size()));
 }
 
+/// A whole 128³ sampling grid in bytes through the batch path, one run of 128 points per
+/// row, as a renderer samples its probability grid.
+void FullGrid(benchmark::State& state, int16_t index, ViewMode view) {
+    std::unique_ptr<veltara::cElectron> e = veltara::modOrbitals::CreateElectron(index);
+    const veltara::OrbInfo info = e->GetInfo();
+    const double radius =
+        view == ViewMode::PDF ? info.DefaultPDFAtomRadius : info.DefaultDRPDFAtomRadius;
+    const double step = radius / 127.0;
+    std::vector<COORDdoubleParams> row(128);
+    std::vector<uint8_t> bytes(128 * 128 * 128);
+    // The grid maximum maps to 255, as a renderer's setup arranges.
+    std::vector<double> values(128);
+    double max = 0;
+    for (int z = 0; z < 128; ++z) {
+        for (int y = 0; y < 128; ++y) {
+            for (int x = 0; x < 128; ++x) {
+                row[x] = {(x * step) * (x * step), (y * step) * (y * step),
+                          (z * step) * (z * step)};
+            }
+            e->NonScaledBatch(view, row.data(), values.data(), 128);
+            max = std::max(max, *std::max_element(values.begin(), values.end()));
+        }
+    }
+    e->SetPDFScaleFactor(255.0 / max);
+    e->SetDRPDFScaleFactor(255.0 / max);
+    for (auto _ : state) {
+        for (int z = 0; z < 128; ++z) {
+            for (int y = 0; y < 128; ++y) {
+                for (int x = 0; x < 128; ++x) {
+                    row[x] = {(x * step) * (x * step), (y * step) * (y * step),
+                              (z * step) * (z * step)};
+                }
+                e->ScaledBatch(view, row.data(), bytes.data() + (z * 128 + y) * 128, 128);
+            }
+        }
+        benchmark::DoNotOptimize(bytes.data());
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * 128 * 128 * 128);
+}
+
 const int kRegistered = [] {
+    for (int16_t index : {int16_t{24}, int16_t{28}}) {
+        for (ViewMode view : {ViewMode::PDF, ViewMode::DRPDF}) {
+            benchmark::RegisterBenchmark(
+                ("FullGrid/" + std::to_string(index) + (view == ViewMode::PDF ? "/PDF" : "/DRPDF"))
+                    .c_str(),
+                [=](benchmark::State& s) { FullGrid(s, index, view); })
+                ->Unit(benchmark::kMillisecond);
+        }
+    }
     for (int16_t index = 0; index < veltara::modOrbitals::kOrbitalCount; ++index) {
         const std::string name = std::to_string(index);
         for (ViewMode view : {ViewMode::PDF, ViewMode::DRPDF}) {

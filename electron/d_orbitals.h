@@ -32,8 +32,8 @@ class orb3Dx2_y2 final : public SingleOrbital<orb3Dx2_y2> {
         return e * (u * u);
     }
     static OrbInfo Info() {
-        return CatalogueEntry(u"3Dx\u00B2-y\u00B2", 3, 2, 2, OrbitalType::SingleOrb, 18, 20, 50,
-                              50, OptFactor::F8, OptFactor::F8);
+        return CatalogueEntry(u"3Dx\u00B2-y\u00B2", 3, 2, 2, OrbitalType::SingleOrb, 18, 20, 50, 50,
+                              OptFactor::F8, OptFactor::F8);
     }
 };
 
@@ -109,8 +109,8 @@ class orb4Dx2_y2 final : public SingleOrbital<orb4Dx2_y2> {
         return e * (u * u);
     }
     static OrbInfo Info() {
-        return CatalogueEntry(u"4Dx\u00B2-y\u00B2", 4, 2, 2, OrbitalType::SingleOrb, 28, 32, 50,
-                              50, OptFactor::F8, OptFactor::F8);
+        return CatalogueEntry(u"4Dx\u00B2-y\u00B2", 4, 2, 2, OrbitalType::SingleOrb, 28, 32, 50, 50,
+                              OptFactor::F8, OptFactor::F8);
     }
 };
 

@@ -67,8 +67,8 @@ class orb4Fx2z_y2z final : public SingleOrbital<orb4Fx2z_y2z> {
         return e * t.Z * (u * u);
     }
     static OrbInfo Info() {
-        return CatalogueEntry(u"4Fz(x\u00B2-y\u00B2)", 4, 3, 2, OrbitalType::SingleOrb, 28, 32,
-                              50, 50, OptFactor::F8, OptFactor::F8);
+        return CatalogueEntry(u"4Fz(x\u00B2-y\u00B2)", 4, 3, 2, OrbitalType::SingleOrb, 28, 32, 50,
+                              50, OptFactor::F8, OptFactor::F8);
     }
 };
 
@@ -101,8 +101,8 @@ class orb4Fx3_3xy2 final : public SingleOrbital<orb4Fx3_3xy2> {
     static OrbInfo Info() {
         // Intended: this orbital declares no optimisation factors, so both read as F8, the
         // enumeration's zero member.
-        return CatalogueEntry(u"4Fx(x\u00B2-3y\u00B2)", 4, 3, 3, OrbitalType::SingleOrb, 28, 32,
-                              50, 50, OptFactor::F8, OptFactor::F8);
+        return CatalogueEntry(u"4Fx(x\u00B2-3y\u00B2)", 4, 3, 3, OrbitalType::SingleOrb, 28, 32, 50,
+                              50, OptFactor::F8, OptFactor::F8);
     }
 };
 

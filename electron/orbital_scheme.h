@@ -60,7 +60,7 @@ inline OrbInfo CatalogueEntry(std::u16string name, int16_t n, int16_t l, int16_t
 /// recomputed by every call and kept in locals.
 template <class Orb, RadialWeight W>
 class OrbitalScheme : public cElectron {
-public:
+  public:
     void SetPDFScaleFactor(const double& NewPDFScaleFactor) final {
         mPDFScaleFactor = NewPDFScaleFactor;
     }
@@ -105,7 +105,7 @@ public:
         }
     }
 
-private:
+  private:
     double mPDFScaleFactor = 0;
     double mDRPDFScaleFactor = 0;
 
@@ -181,8 +181,8 @@ private:
     template <ViewMode V>
     static density::Pair EvaluatePair(const COORDdoubleParams* p, density::Pair& r2) {
         using density::Load;
-        return Evaluate<V>(Load(p[0].Xs, p[1].Xs), Load(p[0].Ys, p[1].Ys),
-                           Load(p[0].Zs, p[1].Zs), r2);
+        return Evaluate<V>(Load(p[0].Xs, p[1].Xs), Load(p[0].Ys, p[1].Ys), Load(p[0].Zs, p[1].Zs),
+                           r2);
     }
 
     template <ViewMode V>
@@ -202,15 +202,13 @@ private:
     }
 
     template <ViewMode V>
-    static void ByteRun(const COORDdoubleParams* points, uint8_t* out, size_t count,
-                        double scale) {
+    static void ByteRun(const COORDdoubleParams* points, uint8_t* out, size_t count, double scale) {
         size_t i = 0;
         for (; i + 2 <= count; i += 2) {
             density::Pair r2;
             const density::Pair v = EvaluatePair<V>(points + i, r2);
             // Rounding in the packed conversion is the same ties-to-even rounding as ToByte's.
-            if (!density::BothFinite(v, r2) || !density::ToBytes(v * scale, out + i))
-                [[unlikely]] {
+            if (!density::BothFinite(v, r2) || !density::ToBytes(v * scale, out + i)) [[unlikely]] {
                 out[i] = Byte<V>(points[i], scale);
                 out[i + 1] = Byte<V>(points[i + 1], scale);
             }

@@ -15,8 +15,8 @@ class orb1S final : public SingleOrbital<orb1S> {
         return e;
     }
     static OrbInfo Info() {
-        return CatalogueEntry(u"1S", 1, 0, 0, OrbitalType::SingleOrb, 2, 3, 30, 50,
-                              OptFactor::F32, OptFactor::F16xy);
+        return CatalogueEntry(u"1S", 1, 0, 0, OrbitalType::SingleOrb, 2, 3, 30, 50, OptFactor::F32,
+                              OptFactor::F16xy);
     }
 };
 
@@ -31,8 +31,8 @@ class orb2S final : public SingleOrbital<orb2S> {
         return e * (u * u);
     }
     static OrbInfo Info() {
-        return CatalogueEntry(u"2S", 2, 0, 0, OrbitalType::SingleOrb, 8, 10, 30, 50,
-                              OptFactor::F32, OptFactor::F16xy);
+        return CatalogueEntry(u"2S", 2, 0, 0, OrbitalType::SingleOrb, 8, 10, 30, 50, OptFactor::F32,
+                              OptFactor::F16xy);
     }
 };
 

@@ -13,6 +13,7 @@
 namespace veltara {
 
 class OrbitalRenderer;
+struct OrbitalColTestAccess;  // white-box access for the test suite
 
 /// The untyped index of ReFillDotMatrix: a 16-bit or 32-bit integer, a double or a numeric
 /// string, converted to a 32-bit integer with round-half-to-even before use.
@@ -68,6 +69,8 @@ public:
     const OrbitalRenderer* Renderer(int16_t index) const;
 
 private:
+    friend struct OrbitalColTestAccess;
+
     void FindNextOrbIndex();
     /// Raises 9 outside the bounds.
     void CheckBounds(int32_t index) const;

@@ -2,6 +2,7 @@
 // and counts each level, with its mirror images, in ProbFreqs.
 #include <array>
 #include <cstring>
+#include <memory>
 
 #include "render/orbital_renderer.h"
 
@@ -10,6 +11,14 @@ namespace veltara {
 namespace {
 
 constexpr int32_t kLast = ProbGrid::kSize - 1;  // 127: the index at the atom radius
+
+// Evaluations per level, counted in four interleaved tables so that runs of one level do not
+// wait on each other's increments; ProbFreqs receives weight x count at the end.
+struct LevelCounts {
+    int32_t table[4][256] = {};
+    void Add(uint8_t v, int32_t lane) { ++table[lane & 3][v]; }
+    int32_t Total(int32_t v) const { return table[0][v] + table[1][v] + table[2][v] + table[3][v]; }
+};
 
 // Evaluates the byte values of one run of points through the electron's batch path.
 struct RowSampler {
@@ -55,7 +64,14 @@ void OrbitalRenderer::CalcProbabilities() {
     mProbMatrix.Reset();
     std::memset(mStats.ProbFreqs, 0, sizeof(mStats.ProbFreqs));
     ProbGrid& g = mProbMatrix;
-    int32_t* freqs = mStats.ProbFreqs;
+    // Evaluations by the weight they carry: 1 (origin), 2 (half-axes), 4 (quarter-planes) and
+    // that of the open octant's treatment.
+    auto counts = std::make_unique<LevelCounts[]>(4);
+    LevelCounts& once = counts[0];
+    LevelCounts& twice = counts[1];
+    LevelCounts& fourTimes = counts[2];
+    LevelCounts& octant = counts[3];
+    int32_t octantWeight = 0;
 
     // The squared coordinate of each grid index: index 127 lies at the atom radius.
     const double step = static_cast<double>(mSetup.AtomRadius) / 127.0;
@@ -70,7 +86,7 @@ void OrbitalRenderer::CalcProbabilities() {
     {
         const uint8_t v = sample.AlongX(0, 0, 0, 0)[0];
         g(0, 0, 0) = v;
-        freqs[v] += 1;
+        once.Add(v, 0);
     }
 
     // Each point of a half-axis stands for itself and its mirror image.
@@ -78,17 +94,17 @@ void OrbitalRenderer::CalcProbabilities() {
         const uint8_t* vx = sample.AlongX(1, kLast, 0, 0);
         for (int32_t i = 1; i <= kLast; ++i) {
             g(i, 0, 0) = vx[i - 1];
-            freqs[vx[i - 1]] += 2;
+            twice.Add(vx[i - 1], i);
         }
         const uint8_t* vy = sample.AlongY(0, 1, kLast, 0);
         for (int32_t i = 1; i <= kLast; ++i) {
             g(0, i, 0) = vy[i - 1];
-            freqs[vy[i - 1]] += 2;
+            twice.Add(vy[i - 1], i);
         }
         const uint8_t* vz = sample.AlongZ(0, 0, 1, kLast);
         for (int32_t i = 1; i <= kLast; ++i) {
             g(0, 0, i) = vz[i - 1];
-            freqs[vz[i - 1]] += 2;
+            twice.Add(vz[i - 1], i);
         }
     }
 
@@ -97,17 +113,17 @@ void OrbitalRenderer::CalcProbabilities() {
         const uint8_t* vz0 = sample.AlongX(1, kLast, b, 0);  // plane Z = 0, row Y = b
         for (int32_t a = 1; a <= kLast; ++a) {
             g(a, b, 0) = vz0[a - 1];
-            freqs[vz0[a - 1]] += 4;
+            fourTimes.Add(vz0[a - 1], a);
         }
         const uint8_t* vy0 = sample.AlongX(1, kLast, 0, b);  // plane Y = 0, row Z = b
         for (int32_t a = 1; a <= kLast; ++a) {
             g(a, 0, b) = vy0[a - 1];
-            freqs[vy0[a - 1]] += 4;
+            fourTimes.Add(vy0[a - 1], a);
         }
         const uint8_t* vx0 = sample.AlongY(0, 1, kLast, b);  // plane X = 0, row Z = b
         for (int32_t a = 1; a <= kLast; ++a) {
             g(0, a, b) = vx0[a - 1];
-            freqs[vx0[a - 1]] += 4;
+            fourTimes.Add(vx0[a - 1], a);
         }
     }
 
@@ -119,19 +135,21 @@ void OrbitalRenderer::CalcProbabilities() {
     const OptFactor factor = mView == ViewMode::PDF ? info.PDFOptFactor : info.DRPDFOptFactor;
     switch (factor) {
         case OptFactor::F8:
+            octantWeight = 8;
             for (int32_t z = 1; z <= kLast; ++z) {
                 for (int32_t y = 1; y <= kLast; ++y) {
                     const uint8_t* v = sample.AlongX(1, kLast, y, z);
                     uint8_t* row = &g(0, y, z);
                     for (int32_t x = 1; x <= kLast; ++x) {
                         row[x] = v[x - 1];
-                        freqs[v[x - 1]] += 8;
+                        octant.Add(v[x - 1], x);
                     }
                 }
             }
             break;
         case OptFactor::F16xy:
             // Mirror in the plane X = Y.
+            octantWeight = 16;
             for (int32_t z = 1; z <= kLast; ++z) {
                 for (int32_t y = 1; y <= kLast; ++y) {
                     const uint8_t* v = sample.AlongX(1, y, y, z);
@@ -139,7 +157,7 @@ void OrbitalRenderer::CalcProbabilities() {
                         const uint8_t p = v[x - 1];
                         g(x, y, z) = p;
                         g(y, x, z) = p;
-                        freqs[p] += 16;
+                        octant.Add(p, x);
                     }
                 }
             }
@@ -148,6 +166,7 @@ void OrbitalRenderer::CalcProbabilities() {
             // Mirror in the plane Y = Z. The radial view leaves the open octant unsampled for
             // this factor; that difference between the views is intended and kept.
             if (mView == ViewMode::DRPDF) break;
+            octantWeight = 16;
             for (int32_t y = 1; y <= kLast; ++y) {
                 for (int32_t z = 1; z <= y; ++z) {
                     const uint8_t* v = sample.AlongX(1, kLast, y, z);
@@ -155,13 +174,14 @@ void OrbitalRenderer::CalcProbabilities() {
                         const uint8_t p = v[x - 1];
                         g(x, y, z) = p;
                         g(x, z, y) = p;
-                        freqs[p] += 16;
+                        octant.Add(p, x);
                     }
                 }
             }
             break;
         case OptFactor::F16xz:
             // Mirror in the plane X = Z.
+            octantWeight = 16;
             for (int32_t y = 1; y <= kLast; ++y) {
                 for (int32_t z = 1; z <= kLast; ++z) {
                     const uint8_t* v = sample.AlongX(1, z, y, z);
@@ -169,13 +189,14 @@ void OrbitalRenderer::CalcProbabilities() {
                         const uint8_t p = v[x - 1];
                         g(x, y, z) = p;
                         g(z, y, x) = p;
-                        freqs[p] += 16;
+                        octant.Add(p, x);
                     }
                 }
             }
             break;
         case OptFactor::F32:
             // The point (C, B, A) with B, C <= A stands for four permutations of itself.
+            octantWeight = 32;
             for (int32_t a = 1; a <= kLast; ++a) {
                 for (int32_t b = 1; b <= a; ++b) {
                     const uint8_t* v = sample.AlongX(1, a, b, a);
@@ -185,7 +206,7 @@ void OrbitalRenderer::CalcProbabilities() {
                         g(b, c, a) = p;
                         g(c, a, b) = p;
                         g(a, c, b) = p;
-                        freqs[p] += 32;
+                        octant.Add(p, c);
                     }
                 }
             }
@@ -193,6 +214,12 @@ void OrbitalRenderer::CalcProbabilities() {
         default:
             // An unknown factor leaves the open octant at 0.
             break;
+    }
+
+    // Each evaluation's weight, once per evaluation.
+    for (int32_t v = 0; v <= 255; ++v) {
+        mStats.ProbFreqs[v] = once.Total(v) + 2 * twice.Total(v) + 4 * fourTimes.Total(v) +
+                              octantWeight * octant.Total(v);
     }
 }
 

@@ -1,10 +1,17 @@
 // FillDotMatrix: draws the dot cloud from the probability grid, keeping each mirror image of a
 // grid point with a probability proportional to the point's level.
+#include <array>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 
 #include "render/orbital_renderer.h"
 #include "support/convert.h"
 #include "support/modRand.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace veltara {
 
@@ -12,42 +19,151 @@ namespace {
 
 constexpr int32_t kLast = ProbGrid::kSize - 1;
 
+// The most draws taken from one state at once: the eight images of each point of a row.
+constexpr int32_t kMaxRun = 8 * kLast;
+
+// Powers()[k] = 48271^k mod 2147483647: the multiplier of k steps of the generator.
+struct GeneratorPowers {
+    std::array<uint32_t, kMaxRun + 1> p{};
+    constexpr GeneratorPowers() {
+        p[0] = 1;
+        for (size_t k = 1; k < p.size(); ++k) {
+            p[k] = static_cast<uint32_t>(uint64_t{p[k - 1]} * 48271u % 2147483647u);
+        }
+    }
+};
+constexpr GeneratorPowers kGeneratorPowers{};
+static_assert(kGeneratorPowers.p[2] == 182605794u);
+
 // The shared generator, stepped inline for the length of one fill. It starts from the module's
-// state and hands the state back when the fill ends, also when the fill ends in an error, so
-// the sequence is exactly that of calling modRand::NextRandom once per draw.
+// state and hands the state back when the fill ends, also when it ends in an error, so the
+// sequence is exactly that of one modRand::NextRandom per draw.
+//
+// For a state s in 1..2147483646 a step of the generator is 48271 x s mod 2147483647, and k
+// steps are 48271^k x s mod 2147483647: a run of draws (the images of one point, or of a
+// whole row of points) is worked out side by side from the run's first state, rather than one
+// after the other. States 0 and 2147483647 are the stuck generator, which gives 2147483647
+// for ever.
 class InlineRandom {
 public:
-    InlineRandom() : mSeed(modRand::State()) {}
-    ~InlineRandom() { modRand::Randomize(mSeed); }
+    static constexpr uint32_t kModulus = 2147483647;
+
+    InlineRandom() : mSeed(static_cast<uint32_t>(modRand::State())) {
+        mStuck = mSeed == 0 || mSeed == kModulus;
+    }
+    ~InlineRandom() { modRand::Randomize(static_cast<int32_t>(mSeed)); }
     InlineRandom(const InlineRandom&) = delete;
     InlineRandom& operator=(const InlineRandom&) = delete;
 
-    int32_t Next() {
-        const int32_t hi = mSeed / 44488;
-        const int32_t lo = mSeed % 44488;
-        mSeed = 48271 * lo - 3399 * hi;
-        if (mSeed <= 0) mSeed += 2147483647;
-        return mSeed;
+    /// The next `count` draws (1..kMaxRun) into out[0..count).
+    void Run(int32_t count, int32_t* out) {
+        if (mStuck) {
+            for (int32_t k = 0; k < count; ++k) out[k] = static_cast<int32_t>(kModulus);
+            mSeed = kModulus;
+            return;
+        }
+        const uint32_t* pw = kGeneratorPowers.p.data() + 1;
+        const uint64_t s = mSeed;
+        for (int32_t k = 0; k < count; ++k) {
+            // Both factors are below 2^31 - 1, so the product is below 2^62; as 2^31 = 1
+            // modulo the modulus, its low 31 bits plus the rest (below 2^32) are congruent,
+            // and one subtraction, done in signed 32 bits, brings that into 0..2147483646.
+            const uint64_t t = uint64_t{pw[k]} * s;
+            const uint32_t r = static_cast<uint32_t>(t & kModulus) + static_cast<uint32_t>(t >> 31);
+            const int32_t d = static_cast<int32_t>(r - kModulus);
+            out[k] = d < 0 ? static_cast<int32_t>(r) : d;
+        }
+        mSeed = static_cast<uint32_t>(out[count - 1]);
+    }
+
+    /// Puts the state back to the draw `drawn` of the last run: a fill that stops in the
+    /// middle of a run has taken only the draws up to there.
+    void RewindTo(int32_t drawn) {
+        if (!mStuck) mSeed = static_cast<uint32_t>(drawn);
     }
 
 private:
-    int32_t mSeed;
+    uint32_t mSeed;
+    bool mStuck;
 };
+
+// The indices x = 1..127 of a grid row whose level lies above `thr`, in increasing order, into
+// out; returns their number.
+int32_t PointsAbove(const uint8_t* row, uint8_t thr, int32_t* out) {
+    if (thr == 255) return 0;
+    int32_t n = 0;
+#if defined(__SSE2__)
+    // Sixteen levels at a time: v > thr exactly when max(v, thr + 1) == v.
+    const __m128i bound = _mm_set1_epi8(static_cast<char>(thr + 1));
+    for (int32_t base = 0; base < ProbGrid::kSize; base += 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + base));
+        uint32_t mask = static_cast<uint32_t>(
+            _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(v, bound), v)));
+        if (base == 0) mask &= ~1u;  // x = 0 belongs to a plane, not to the open octant
+        while (mask != 0) {
+            out[n++] = base + std::countr_zero(mask);
+            mask &= mask - 1;
+        }
+    }
+#else
+    for (int32_t x = 1; x <= kLast; ++x) {
+        if (row[x] > thr) out[n++] = x;
+    }
+#endif
+    return n;
+}
+
+// The mirror image of a point: the sign of each coordinate.
+struct Signs {
+    int32_t x, y, z;
+};
+
+// Mirror images in draw order: a point on an axis, in a coordinate plane, in the open octant.
+// (A zero coordinate takes any sign; the tables give the images' order only.)
+constexpr Signs kOrigin[1] = {{1, 1, 1}};
+constexpr Signs kAxisX[2] = {{1, 1, 1}, {-1, 1, 1}};
+constexpr Signs kAxisY[2] = {{1, 1, 1}, {1, -1, 1}};
+constexpr Signs kAxisZ[2] = {{1, 1, 1}, {1, 1, -1}};
+constexpr Signs kPlaneXY[4] = {{1, 1, 1}, {-1, 1, 1}, {1, -1, 1}, {-1, -1, 1}};
+constexpr Signs kPlaneXZ[4] = {{1, 1, 1}, {-1, 1, 1}, {1, 1, -1}, {-1, 1, -1}};
+constexpr Signs kPlaneYZ[4] = {{1, 1, 1}, {1, -1, 1}, {1, 1, -1}, {1, -1, -1}};
+constexpr Signs kOctant[8] = {{1, 1, 1},   {-1, 1, 1},  {1, -1, 1},  {1, 1, -1},
+                              {-1, -1, 1}, {-1, 1, -1}, {1, -1, -1}, {-1, -1, -1}};
 
 // Appends the accepted dots of one fill. The first append replaces the previous cloud; the
 // 16-bit counter overflows when the 32768th dot has been stored.
 class DotSink {
 public:
-    DotSink(std::vector<PointArray>& dots, const int32_t* accept)
-        : mDots(dots), mAccept(accept) {}
+    DotSink(std::vector<PointArray>& dots, const int32_t* accept, InlineRandom& rng)
+        : mDots(dots), mAccept(accept), mRng(rng) {}
 
-    // One draw for one mirror image of a point of level p.
-    void Offer(InlineRandom& rng, uint8_t p, int32_t x, int32_t y, int32_t z) {
-        if (rng.Next() < mAccept[p]) Append(p, x, y, z);
+    // One point (x, y, z) of level p and its N mirror images, one draw each: image k has the
+    // coordinates signs[k] x (x, y, z).
+    template <int N>
+    void Offer(uint8_t p, int32_t x, int32_t y, int32_t z, const Signs (&signs)[N]) {
+        int32_t r[N];
+        mRng.Run(N, r);
+        Decide(p, x, y, z, signs, r);
+    }
+
+    // The same with the point's N draws already taken.
+    template <int N>
+    void Decide(uint8_t p, int32_t x, int32_t y, int32_t z, const Signs (&signs)[N],
+                const int32_t* r) {
+        const int32_t accept = mAccept[p];
+        // Most images are refused: the draws are tested together first.
+        int32_t below = 0;
+        for (int k = 0; k < N; ++k) below |= static_cast<int32_t>(r[k] < accept);
+        if (below == 0) return;
+        for (int k = 0; k < N; ++k) {
+            if (r[k] < accept) {
+                Append(p, signs[k].x * x, signs[k].y * y, signs[k].z * z, r[k]);
+            }
+        }
     }
 
 private:
-    void Append(uint8_t p, int32_t x, int32_t y, int32_t z) {
+    void Append(uint8_t p, int32_t x, int32_t y, int32_t z, int32_t drawn) {
         if (mCount == 0) mDots.clear();
         PointArray d;
         d.X = static_cast<int16_t>(x);
@@ -55,11 +171,13 @@ private:
         d.Z = static_cast<int16_t>(z);
         d.P = p;
         mDots.push_back(d);
+        if (mCount == INT16_MAX) mRng.RewindTo(drawn);
         mCount = Add16(mCount, 1);
     }
 
     std::vector<PointArray>& mDots;
     const int32_t* mAccept;
+    InlineRandom& mRng;
     int16_t mCount = 0;
 };
 
@@ -97,73 +215,49 @@ void OrbitalRenderer::FillDotMatrix() {
     if (mProbMatrix.Empty()) Raise(kErrSubscript);
     const ProbGrid& g = mProbMatrix;
     InlineRandom rng;
-    DotSink sink(mDots, Accept);
+    DotSink sink(mDots, Accept, rng);
 
     // The visit: origin, the three half-axes, the three quarter-planes, the open octant; each
     // point's mirror images drawn in a fixed order, so a seed decides the cloud dot for dot.
-    if (const uint8_t p = g(0, 0, 0); p > thr) sink.Offer(rng, p, 0, 0, 0);
+    if (const uint8_t p = g(0, 0, 0); p > thr) sink.Offer(p, 0, 0, 0, kOrigin);
     for (int32_t x = 1; x <= kLast; ++x) {
-        if (const uint8_t p = g(x, 0, 0); p > thr) {
-            sink.Offer(rng, p, x, 0, 0);
-            sink.Offer(rng, p, -x, 0, 0);
-        }
+        if (const uint8_t p = g(x, 0, 0); p > thr) sink.Offer(p, x, 0, 0, kAxisX);
     }
     for (int32_t y = 1; y <= kLast; ++y) {
-        if (const uint8_t p = g(0, y, 0); p > thr) {
-            sink.Offer(rng, p, 0, y, 0);
-            sink.Offer(rng, p, 0, -y, 0);
-        }
+        if (const uint8_t p = g(0, y, 0); p > thr) sink.Offer(p, 0, y, 0, kAxisY);
     }
     for (int32_t z = 1; z <= kLast; ++z) {
-        if (const uint8_t p = g(0, 0, z); p > thr) {
-            sink.Offer(rng, p, 0, 0, z);
-            sink.Offer(rng, p, 0, 0, -z);
-        }
+        if (const uint8_t p = g(0, 0, z); p > thr) sink.Offer(p, 0, 0, z, kAxisZ);
     }
     for (int32_t y = 1; y <= kLast; ++y) {
         for (int32_t x = 1; x <= kLast; ++x) {
-            if (const uint8_t p = g(x, y, 0); p > thr) {
-                sink.Offer(rng, p, x, y, 0);
-                sink.Offer(rng, p, -x, y, 0);
-                sink.Offer(rng, p, x, -y, 0);
-                sink.Offer(rng, p, -x, -y, 0);
-            }
+            if (const uint8_t p = g(x, y, 0); p > thr) sink.Offer(p, x, y, 0, kPlaneXY);
         }
     }
     for (int32_t z = 1; z <= kLast; ++z) {
         for (int32_t x = 1; x <= kLast; ++x) {
-            if (const uint8_t p = g(x, 0, z); p > thr) {
-                sink.Offer(rng, p, x, 0, z);
-                sink.Offer(rng, p, -x, 0, z);
-                sink.Offer(rng, p, x, 0, -z);
-                sink.Offer(rng, p, -x, 0, -z);
-            }
+            if (const uint8_t p = g(x, 0, z); p > thr) sink.Offer(p, x, 0, z, kPlaneXZ);
         }
     }
     for (int32_t z = 1; z <= kLast; ++z) {
         for (int32_t y = 1; y <= kLast; ++y) {
-            if (const uint8_t p = g(0, y, z); p > thr) {
-                sink.Offer(rng, p, 0, y, z);
-                sink.Offer(rng, p, 0, -y, z);
-                sink.Offer(rng, p, 0, y, -z);
-                sink.Offer(rng, p, 0, -y, -z);
-            }
+            if (const uint8_t p = g(0, y, z); p > thr) sink.Offer(p, 0, y, z, kPlaneYZ);
         }
     }
+
+    // The open octant, a row at a time: the points of the row above the threshold first,
+    // then all their draws from the row's first state, then the decisions in order.
+    std::array<int32_t, kLast> above{};
+    std::array<int32_t, kMaxRun> draws{};
     for (int32_t z = 1; z <= kLast; ++z) {
         for (int32_t y = 1; y <= kLast; ++y) {
             const uint8_t* row = g.Data() + ProbGrid::Index(0, y, z);
-            for (int32_t x = 1; x <= kLast; ++x) {
-                const uint8_t p = row[x];
-                if (p <= thr) continue;
-                sink.Offer(rng, p, x, y, z);
-                sink.Offer(rng, p, -x, y, z);
-                sink.Offer(rng, p, x, -y, z);
-                sink.Offer(rng, p, x, y, -z);
-                sink.Offer(rng, p, -x, -y, z);
-                sink.Offer(rng, p, -x, y, -z);
-                sink.Offer(rng, p, x, -y, -z);
-                sink.Offer(rng, p, -x, -y, -z);
+            const int32_t n = PointsAbove(row, thr, above.data());
+            if (n == 0) continue;
+            rng.Run(8 * n, draws.data());
+            for (int32_t j = 0; j < n; ++j) {
+                const int32_t x = above[j];
+                sink.Decide(row[x], x, y, z, kOctant, draws.data() + 8 * j);
             }
         }
     }

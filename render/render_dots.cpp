@@ -6,7 +6,6 @@
 
 #include "render/orbital_renderer.h"
 #include "support/convert.h"
-#include "support/modMaths.h"
 
 namespace veltara {
 
@@ -21,6 +20,29 @@ struct DotFrame {
 
 constexpr DotFrame kMainFrame{374, 187, 187};
 constexpr DotFrame kNanoFrame{126, 63, 63};
+
+/// modMaths::ProjectOntoPlane for cameras on the line Z = 0, Y = camY, with the work shared by
+/// every dot of a frame (and by both eyes of an anaglyph) hoisted out: the same arithmetic
+/// step for step, so the same pixels. Scale gives the single-precision T of a point at `depth`,
+/// or false when the projection would not write its result (depth 0..1 from the camera).
+struct PlaneProjection {
+    double camY;
+    double num;  // plane - camera, a 32-bit whole number
+
+    PlaneProjection(int32_t cameraY, int16_t planeY)
+        : camY(cameraY), num(Sub32(planeY, cameraY)) {}
+
+    bool Scale(double depth, double& t) const {
+        const double dY = CheckFinite(depth - camY);
+        if (Int(dY) == 0.0) return false;
+        const float tf = static_cast<float>(Divide(num, dY));
+        t = CheckFinite(static_cast<double>(tf));
+        return true;
+    }
+    static int32_t Place(double v, double cam, double t) {
+        return ToInt32(CheckFinite(CheckFinite(v - cam) * t) + cam);
+    }
+};
 
 }  // namespace
 
@@ -62,22 +84,23 @@ void OrbitalRenderer::RenderDots() {
     const int32_t stride = mVolBits.Cols();
 
     // Eye offset of the anaglyph: |plane - camera| / -StereoFactor, rounded half to even.
-    COORDlong eyeOne{0, mReq.CameraPos, 0};
-    COORDlong eyeTwo{0, mReq.CameraPos, 0};
+    // Eye one's camera sits at +e, eye two's at -e.
+    double eyeOne = 0;
+    double eyeTwo = 0;
     if (anaglyph) {
         const int16_t spread = Abs16(Sub16(mReq.ProjectionPlane, mReq.CameraPos));
         const int32_t e = ToInt32(Divide(spread, Neg16(mReq.StereoFactor)));
-        eyeOne.X = e;
-        eyeTwo.X = Neg32(e);
+        eyeOne = e;
+        eyeTwo = Neg32(e);
     }
-    const COORDlong camera{0, mReq.CameraPos, 0};
-    const int16_t plane = mReq.ProjectionPlane;
+    const PlaneProjection projection(mReq.CameraPos, mReq.ProjectionPlane);
     // A point that the projection does not write (depth 0..1 in front of the camera) is drawn
     // where the previous dot landed. Intended: it costs one misplaced dot at most and keeps
     // the projection free of a special case; the first such dot lands at the centre.
     COORDlong projected{};
     COORDlong projectedOne{};
     COORDlong projectedTwo{};
+    double t = 0;
 
     auto accepted = [maxOffset](int32_t col, int32_t row) {
         return col >= -maxOffset && col <= maxOffset && row >= -maxOffset && row <= maxOffset;
@@ -105,8 +128,13 @@ void OrbitalRenderer::RenderDots() {
             const uint8_t s = ToByte(shade);
             COORDdouble p{xr, d, zr};
             if (nano) p = {xr / 2.0, d / 2.0, zr / 2.0};
-            modMaths::ProjectOntoPlane(eyeOne, p, projectedOne, plane);
-            modMaths::ProjectOntoPlane(eyeTwo, p, projectedTwo, plane);
+            // Both eyes share the camera's depth, so they share T and the row.
+            if (projection.Scale(p.Y, t)) {
+                projectedOne.X = PlaneProjection::Place(p.X, eyeOne, t);
+                projectedOne.Z = PlaneProjection::Place(p.Z, 0.0, t);
+                projectedTwo.X = PlaneProjection::Place(p.X, eyeTwo, t);
+                projectedTwo.Z = projectedOne.Z;
+            }
             // Eye one (camera at +e) is green, eye two red; the outline uses the same pairing.
             if (accepted(projectedOne.X, projectedOne.Z)) {
                 RGBA& px = pixelAt(projectedOne.X, projectedOne.Z);
@@ -124,7 +152,10 @@ void OrbitalRenderer::RenderDots() {
         if (perspective) {
             COORDdouble p{xr, d, zr};
             if (nano) p = {xr / 2.0, d / 2.0, zr / 2.0};
-            modMaths::ProjectOntoPlane(camera, p, projected, plane);
+            if (projection.Scale(p.Y, t)) {
+                projected.X = PlaneProjection::Place(p.X, 0.0, t);
+                projected.Z = PlaneProjection::Place(p.Z, 0.0, t);
+            }
             col = projected.X;
             row = projected.Z;
         } else {

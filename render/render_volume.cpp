@@ -85,8 +85,8 @@ void OrbitalRenderer::RenderVolume() {
     // Pass 1, the middle row: every pixel casts its own ray. The quotients stay double; the
     // running sum is single precision after every addition.
     RaySamples(0.0, RowVec, ColVec, DepthVec, halfDepth, -Half, 1, Res, Quality, points.data());
-    if (!mElectron) Raise(kErrObjectNotSet);
-    mElectron->NonScaledBatch(mView, points.data(), density.data(),
+    cElectron& electron = LiveElectron();
+    electron.NonScaledBatch(mView, points.data(), density.data(),
                               static_cast<size_t>(Res) * Quality);
     for (int32_t r = 0; r < Res; ++r) {
         const double* d = density.data() + static_cast<size_t>(r) * Quality;
@@ -105,7 +105,7 @@ void OrbitalRenderer::RenderVolume() {
     for (int32_t i = (Half % 2 == 0) ? 2 : 1; i <= Half; i += 2) {
         RaySamples(i, RowVec, ColVec, DepthVec, halfDepth, -Half, 2, rays, Quality,
                    points.data());
-        mElectron->NonScaledBatch(mView, points.data(), density.data(),
+        electron.NonScaledBatch(mView, points.data(), density.data(),
                                   static_cast<size_t>(rays) * Quality);
         for (int32_t r = 0; r < rays; ++r) {
             const int32_t j = -Half + 2 * r;
@@ -199,6 +199,8 @@ void OrbitalRenderer::RenderVolume() {
     }
 
     // Adapting the preview towards 50 ms a frame; averaging with the old factor damps it.
+    // A VolFinal neither 0 nor -1 got a preview's resolution above yet adapts nothing here;
+    // kept, as hosts only ever send the two truth values.
     if (mReq.VolFinal == kFalse) {
         int32_t Elapsed = ElapsedMs(TimeGetTime(), StartTime);
         if (Elapsed == 0) Elapsed = 50;

@@ -15,7 +15,7 @@ namespace {
 // Device-context and bitmap handles. Both kinds share one numbering so a value never means two
 // things at once; only device contexts resolve to a surface.
 class HandleRegistry {
-public:
+  public:
     enum class Kind { DeviceContext, Bitmap };
 
     int32_t Issue(cMemoryDCEx* owner, Kind kind) {
@@ -43,7 +43,7 @@ public:
         return it->second.owner;
     }
 
-private:
+  private:
     struct Entry {
         cMemoryDCEx* owner;
         Kind kind;

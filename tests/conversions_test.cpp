@@ -25,10 +25,21 @@ struct RoundCase {
 
 TEST(Convert, ToByteRoundsHalfToEvenWithin0To255) {
     const RoundCase cases[] = {
-        {0.5, 0},    {1.5, 2},          {2.5, 2},          {254.5, 254},     {254.6, 255},
-        {255.0, 255}, {255.49, 255},    {255.5, std::nullopt}, {256.0, std::nullopt},
-        {-0.5, 0},   {-0.51, std::nullopt}, {-1.0, std::nullopt},
-        {kNaN, std::nullopt}, {kInf, std::nullopt}, {-kInf, std::nullopt},
+        {0.5, 0},
+        {1.5, 2},
+        {2.5, 2},
+        {254.5, 254},
+        {254.6, 255},
+        {255.0, 255},
+        {255.49, 255},
+        {255.5, std::nullopt},
+        {256.0, std::nullopt},
+        {-0.5, 0},
+        {-0.51, std::nullopt},
+        {-1.0, std::nullopt},
+        {kNaN, std::nullopt},
+        {kInf, std::nullopt},
+        {-kInf, std::nullopt},
     };
     for (const RoundCase& c : cases) {
         if (c.out) {
@@ -41,11 +52,17 @@ TEST(Convert, ToByteRoundsHalfToEvenWithin0To255) {
 
 TEST(Convert, ToInt16RoundsHalfToEvenWithin16Bits) {
     const RoundCase cases[] = {
-        {-0.5, 0},           {-1.5, -2},        {32766.5, 32766},  {32767.4, 32767},
+        {-0.5, 0},
+        {-1.5, -2},
+        {32766.5, 32766},
+        {32767.4, 32767},
         {32767.5, std::nullopt},  // rounds to 32768
-        {-32768.5, -32768},  // the even neighbour is in range
-        {-32769.5, std::nullopt}, {-32767.5, -32768},
-        {kNaN, std::nullopt}, {kInf, std::nullopt}, {-kInf, std::nullopt},
+        {-32768.5, -32768},       // the even neighbour is in range
+        {-32769.5, std::nullopt},
+        {-32767.5, -32768},
+        {kNaN, std::nullopt},
+        {kInf, std::nullopt},
+        {-kInf, std::nullopt},
     };
     for (const RoundCase& c : cases) {
         if (c.out) {
@@ -63,7 +80,7 @@ TEST(Convert, ToInt32RoundsHalfToEvenWithin32Bits) {
         {-2.5, -2},
         {2147483646.5, 2147483646},
         {2147483647.0, 2147483647},
-        {2147483647.5, std::nullopt},   // rounds to 2^31
+        {2147483647.5, std::nullopt},    // rounds to 2^31
         {-2147483648.5, -2147483648LL},  // the even neighbour -2^31 is in range
         {-2147483649.5, std::nullopt},
         {1e300, std::nullopt},
@@ -146,8 +163,8 @@ int32_t SteadyMs() {
 
 // Whether a reading lies within a second of the system clock (wrapping difference).
 bool NearSystemClock(int32_t reading) {
-    const int32_t diff = static_cast<int32_t>(static_cast<uint32_t>(reading) -
-                                              static_cast<uint32_t>(SteadyMs()));
+    const int32_t diff =
+        static_cast<int32_t>(static_cast<uint32_t>(reading) - static_cast<uint32_t>(SteadyMs()));
     return diff > -1000 && diff < 1000;
 }
 

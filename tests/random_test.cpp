@@ -70,8 +70,8 @@ TEST(modRand, StateIsPerThread) {
         otherFirst = modRand::NextRandom();
     });
     other.join();
-    EXPECT_EQ(otherInitial, 0);          // never seeded on that thread
-    EXPECT_EQ(otherFirst, 5 * 48271);    // 241355, below the modulus
+    EXPECT_EQ(otherInitial, 0);               // never seeded on that thread
+    EXPECT_EQ(otherFirst, 5 * 48271);         // 241355, below the modulus
     EXPECT_EQ(modRand::NextRandom(), 48271);  // this thread still steps from 1
 }
 

@@ -9,15 +9,15 @@
 #include "support/clock.h"
 #include "support/error.h"
 
-/// Expects `statement` to raise engine error `expected` with its message.
-#define EXPECT_VT_ERROR(statement, expected)                                          \
+/// Expects `statement` to raise engine error `expected_number` with its message.
+#define EXPECT_VT_ERROR(statement, expected_number)                                   \
     do {                                                                              \
         try {                                                                         \
             statement;                                                                \
-            ADD_FAILURE() << "expected error " << (expected) << " from " #statement; \
-        } catch (const ::veltara::Error& e) {                                         \
-            EXPECT_EQ(e.number(), (expected)) << #statement;                          \
-            EXPECT_STREQ(e.what(), ::veltara::ErrorText(expected));                   \
+            ADD_FAILURE() << "expected error " << (expected_number) << " from " #statement; \
+        } catch (const ::veltara::Error& vt_error_) {                                 \
+            EXPECT_EQ(vt_error_.number(), (expected_number)) << #statement;           \
+            EXPECT_STREQ(vt_error_.what(), ::veltara::ErrorText(expected_number));    \
         }                                                                             \
     } while (0)
 

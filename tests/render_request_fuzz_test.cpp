@@ -1,0 +1,93 @@
+// Bad input: random request records of 48 bytes either render or raise a numbered error.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <map>
+#include <random>
+
+#include "picture_test_support.h"
+#include "test_support.h"
+
+namespace {
+
+using namespace veltara;
+using vt_test::Access;
+
+/// A renderer with a small dot cloud and a patterned grid, so that each picture is cheap.
+std::unique_ptr<cOrbitalPDF> SmallRenderer(std::mt19937_64& rng) {
+    std::vector<PointArray> dots;
+    std::uniform_int_distribution<int> coord(-127, 127);
+    for (int i = 0; i < 400; ++i) {
+        dots.push_back({static_cast<int16_t>(coord(rng)), static_cast<int16_t>(coord(rng)),
+                        static_cast<int16_t>(coord(rng)), static_cast<uint8_t>(i)});
+    }
+    auto r = vt_test::MakeRenderer(new vt_test::FakeElectron(), dots,
+                                   127.0 / (127.0 * std::sqrt(3.0)), 9);
+    ProbGrid& g = Access::ProbMatrix(*r);
+    g.Reset();
+    for (size_t i = 0; i < 128u * 128u * 128u; ++i) g.Data()[i] = static_cast<uint8_t>(i * 31);
+    return r;
+}
+
+TEST(RenderRequestFuzz, RandomRecordsRenderOrRaiseANumberedError) {
+    vt_test::FixedClock clock(100000);
+    std::mt19937_64 rng(20240611);
+    auto renderer = SmallRenderer(rng);
+    std::map<int, int> outcomes;  // 0: rendered, else the error number
+    int volumetric = 0;
+    const auto start = std::chrono::steady_clock::now();
+
+    constexpr int kRequests = 200000;
+    for (int n = 0; n < kRequests; ++n) {
+        // Every byte random; then, for a share of the requests, a few fields pulled towards
+        // the values that reach deep into the renders (modes, the two sizes, qualities).
+        unsigned char bytes[sizeof(RenderRequest)];
+        for (unsigned char& b : bytes) b = static_cast<unsigned char>(rng());
+        RenderRequest q;
+        std::memcpy(&q, bytes, sizeof q);
+        const uint64_t pick = rng();
+        if (pick % 4 == 0) {
+            q.Mode = static_cast<RenderMode>((pick >> 3) % 5);
+            // Mostly Nano, in runs: a Main frame moves nine times the pixels, and each change of
+            // size resizes the pixel array.
+            q.Size = (n / 512) % 4 == 0 ? RenderSize::Main : RenderSize::Nano;
+            if ((pick >> 7) % 2) q.Theta = static_cast<double>((pick >> 8) % 628) / 100.0;
+            if ((pick >> 17) % 2) q.Phi = static_cast<double>((pick >> 18) % 628) / 100.0;
+            if ((pick >> 27) % 2) q.VolQuality = static_cast<int16_t>((pick >> 28) % 12);
+            if ((pick >> 32) % 2) q.VolFinal = (pick >> 33) % 2 ? kTrue : kFalse;
+            if ((pick >> 34) % 2) q.TransectDir = static_cast<TransectDirection>((pick >> 35) % 4);
+            if ((pick >> 37) % 2) q.TransectNo = static_cast<int16_t>((pick >> 38) % 300) - 150;
+            if ((pick >> 47) % 2) q.CameraPos = static_cast<int16_t>(-((pick >> 48) % 1000));
+            if ((pick >> 58) % 2) q.ProjectionPlane = 0;
+            if ((pick >> 59) % 4 == 0) q.StereoFactor = 0;
+        }
+        if (q.Mode == RenderMode::Volumetric) {
+            // Volumetric pictures cost a thousand dot frames: keep a few hundred.
+            if (++volumetric > 250) q.Mode = RenderMode::Orthographic;
+        }
+        try {
+            renderer->GetRender(q);
+            ++outcomes[0];
+        } catch (const Error& e) {
+            const int number = e.number();
+            ASSERT_TRUE(number == 5 || number == 6 || number == 9 || number == 11)
+                << "error " << number;
+            ++outcomes[number];
+        }
+    }
+    const double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    for (const auto& [number, count] : outcomes) {
+        std::printf("outcome %d: %d\n", number, count);
+    }
+    std::printf("%d requests in %.1f s\n", kRequests, seconds);
+    // The biased share must reach real pictures and the usual failures.
+    EXPECT_GT(outcomes[0], 10000);
+    EXPECT_GT(outcomes[6], 100);
+    EXPECT_GT(outcomes[9], 10);
+    EXPECT_GT(outcomes[11], 10);
+    EXPECT_EQ(renderer->GetStats().FramesRendered, kRequests);
+}
+
+}  // namespace
