@@ -296,6 +296,80 @@ TEST(FillDotMatrix, SameSeedSameCloud) {
     EXPECT_EQ(f.Dots(), first);
 }
 
+// A plain reference fill: one draw at a time from the standard library's minimal-standard
+// generator, the blocks visited by explicit loops. The engine's fill must match it dot for dot
+// on a whole catalogue grid.
+std::vector<PointArray> ReferenceFill(const ProbGrid& g, const int32_t* freqs, int target,
+                                      int thr, uint32_t seed) {
+    double sum = 0;
+    for (int v = thr; v < 256; ++v) sum += static_cast<double>(freqs[v]) * v;
+    int64_t accept[256] = {};
+    for (int v = thr; v < 256; ++v) {
+        const double a = v / sum * target;
+        accept[v] = a <= 1 ? static_cast<int64_t>(std::nearbyint(a * 2147483647.0)) : kModulus;
+    }
+    std::minstd_rand rng(seed);
+    std::vector<PointArray> dots;
+    auto visit = [&](int x, int y, int z) {
+        const int p = g(x, y, z);
+        if (p <= thr) return;
+        for (const PointArray& d : Images(x, y, z, p)) {
+            if (static_cast<int64_t>(rng()) < accept[p]) dots.push_back(d);
+        }
+    };
+    visit(0, 0, 0);
+    for (int x = 1; x < 128; ++x) visit(x, 0, 0);
+    for (int y = 1; y < 128; ++y) visit(0, y, 0);
+    for (int z = 1; z < 128; ++z) visit(0, 0, z);
+    for (int y = 1; y < 128; ++y) for (int x = 1; x < 128; ++x) visit(x, y, 0);
+    for (int z = 1; z < 128; ++z) for (int x = 1; x < 128; ++x) visit(x, 0, z);
+    for (int z = 1; z < 128; ++z) for (int y = 1; y < 128; ++y) visit(0, y, z);
+    for (int z = 1; z < 128; ++z) {
+        for (int y = 1; y < 128; ++y) {
+            for (int x = 1; x < 128; ++x) visit(x, y, z);
+        }
+    }
+    return dots;
+}
+
+TEST(FillDotMatrix, MatchesAPlainReferenceFillOnWholeGrids) {
+    struct Case {
+        int16_t index;
+        ViewMode view;
+        int16_t radius;
+        int16_t target;
+        uint8_t threshold;
+    };
+    const Case cases[] = {{9, ViewMode::PDF, 18, 5000, 30},
+                          {36, ViewMode::DRPDF, 32, 25000, 50},
+                          {1, ViewMode::PDF, 8, 12000, 0},
+                          {26, ViewMode::DRPDF, 32, 3000, 200}};
+    for (const Case& c : cases) {
+        vt_test::FixedClock clock(1000000000);
+        std::unique_ptr<OrbitalRenderer> r;
+        if (c.view == ViewMode::PDF) {
+            r = std::make_unique<cOrbitalPDF>();
+        } else {
+            r = std::make_unique<cOrbitalDRPDF>();
+        }
+        OrbitalSetup s;
+        s.OrbitalIndex = c.index;
+        s.OrbitalViewMode = c.view;
+        s.AtomRadius = c.radius;
+        s.DotTarget = c.target;
+        s.DotThreshold = c.threshold;
+        r->Setup(s);
+        for (uint32_t seed : {1u, 30517u, 65536u}) {
+            modRand::Randomize(static_cast<int32_t>(seed));
+            A::FillDotMatrix(*r);
+            const std::vector<PointArray> expected =
+                ReferenceFill(A::ProbMatrix(*r), A::Stats(*r).ProbFreqs, c.target, c.threshold, seed);
+            ASSERT_GT(expected.size(), 500u);
+            EXPECT_EQ(A::Dots(*r), expected) << c.index << " seed " << seed;
+        }
+    }
+}
+
 // The cloud size of a synthetic grid lies within five standard deviations of its expectation:
 // each image is an independent trial with p = (Accept - 1) / 2147483646, the share of the
 // generator's outputs 1..2147483646 below Accept.
