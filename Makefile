@@ -16,8 +16,8 @@ build/bench/build.ninja: CMakeLists.txt CMakePresets.json
 
 run: setup build/release/build.ninja
 	cmake --build --preset release -j $(JOBS)
-	./build/release/tests/orbital_catalogue_test --gtest_brief=1 >/dev/null && \
-	  echo "Veltara engine built in build/release (libveltara.a)."
+	./build/release/cli/veltara render --all --out-dir out/gallery
+	@echo "Gallery of all 40 orbitals in out/gallery (contact sheet: out/gallery/contact-sheet.png)."
 
 test-release: setup build/release/build.ninja
 	cmake --build --preset release -j $(JOBS)

@@ -1,0 +1,39 @@
+// Messages, the catalogue and the fixed clock of the veltara command.
+#include "cli_common.h"
+
+#include <cstdio>
+
+namespace vtcli {
+
+int UsageError(const std::string& argument, const std::string& problem) {
+    std::fprintf(stderr, "veltara: %s: %s\n", argument.c_str(), problem.c_str());
+    return kExitUsage;
+}
+
+int EngineError(int32_t number, const std::string& context) {
+    std::fprintf(stderr, "veltara: error %d: %s (while %s)\n", static_cast<int>(number),
+                 vt_error_text(number), context.c_str());
+    return kExitEngine;
+}
+
+int FileError(const std::string& problem) {
+    std::fprintf(stderr, "veltara: %s\n", problem.c_str());
+    return kExitEngine;
+}
+
+int32_t ReadCatalogue(vt_engine* engine, Catalogue& out) {
+    out.entries.assign(40, vt_OrbInfo{});
+    return vt_enum_orbitals(engine, out.entries.data());
+}
+
+namespace {
+int32_t gFixedMs = 0;
+int32_t ReadFixed(void*) { return gFixedMs; }
+}  // namespace
+
+void FixClock(int32_t ms) {
+    gFixedMs = ms;
+    vt_set_clock(ReadFixed, nullptr);
+}
+
+}  // namespace vtcli

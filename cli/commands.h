@@ -1,0 +1,48 @@
+// The subcommands of the veltara command; each returns the process's exit code.
+#pragma once
+
+#include <string>
+
+#include "request_options.h"
+
+namespace vtcli {
+
+struct ListArgs {
+    bool json = false;
+};
+
+struct RenderArgs {
+    std::string orbital;
+    bool all = false;
+    std::string out;
+    std::string outDir = "gallery";
+    OrbitalOptions setup;
+    RequestOptions request;
+};
+
+struct StatsArgs {
+    std::string orbital;
+    bool json = false;
+    std::string plot;
+    bool logScale = false;
+    OrbitalOptions setup;
+};
+
+struct ExportArgs {
+    std::string orbital;
+    std::string cube;
+    std::string ply;
+    int64_t stride = 1;
+    OrbitalOptions setup;
+};
+
+int RunList(const ListArgs& args);
+int RunRender(const RenderArgs& args);
+int RunStats(const StatsArgs& args);
+int RunExport(const ExportArgs& args);
+int RunAbout();
+
+/// The name of an optimisation factor (F8, F16xy, F16yz, F16xz, F32).
+const char* OptFactorName(int32_t factor);
+
+}  // namespace vtcli

@@ -1,0 +1,74 @@
+// veltara: list the orbital catalogue, render pictures, print statistics and export data.
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+
+#include "commands.h"
+
+namespace {
+
+constexpr const char* kOrbitalHelp =
+    "orbital: catalogue index 0..39 or name, case-insensitive, with superscripts or plain "
+    "digits (3Dz2, 3Dz², 4Fz(x2-y2)); a shell average is av or avg + its name (av2S, avg4F), "
+    "since the averaged S shells share their names with the single S orbitals";
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"veltara: pictures, statistics and data of the hydrogen atom's orbitals"};
+    app.require_subcommand(1);
+
+    vtcli::ListArgs listArgs;
+    CLI::App* list = app.add_subcommand("list", "the orbital catalogue");
+    list->add_flag("--json", listArgs.json, "JSON instead of a table");
+
+    vtcli::RenderArgs renderArgs;
+    CLI::App* render = app.add_subcommand("render", "one picture of an orbital as a PNG file");
+    render->add_option("ORBITAL", renderArgs.orbital, kOrbitalHelp);
+    render->add_flag("--all", renderArgs.all,
+                     "all 40 orbitals into --out-dir, with a contact sheet of small pictures");
+    render->add_option("--out", renderArgs.out, "PNG file (default: the orbital's name .png)");
+    render->add_option("--out-dir", renderArgs.outDir, "folder of the --all gallery")
+        ->capture_default_str();
+    vtcli::AddOrbitalOptions(*render, renderArgs.setup);
+    vtcli::AddRequestOptions(*render, renderArgs.request);
+
+    vtcli::StatsArgs statsArgs;
+    CLI::App* stats = app.add_subcommand("stats", "an orbital's statistics");
+    stats->add_option("ORBITAL", statsArgs.orbital, kOrbitalHelp)->required();
+    stats->add_flag("--json", statsArgs.json, "JSON instead of text");
+    stats->add_option("--plot", statsArgs.plot, "draw the probability-level histogram to a PNG");
+    stats->add_flag("--log", statsArgs.logScale, "logarithmic bar heights in the plot");
+    vtcli::AddOrbitalOptions(*stats, statsArgs.setup);
+
+    vtcli::ExportArgs exportArgs;
+    CLI::App* exportCmd = app.add_subcommand("export", "an orbital's density or dots as files");
+    exportCmd->add_option("ORBITAL", exportArgs.orbital, kOrbitalHelp)->required();
+    exportCmd->add_option("--cube", exportArgs.cube,
+                          "Gaussian cube file of the normalised density of the view over the "
+                          "whole cube");
+    exportCmd->add_option("--ply", exportArgs.ply, "ASCII PLY point cloud of the dots (Bohr)");
+    exportCmd->add_option("--stride", exportArgs.stride,
+                          "cube: every stride-th grid point (1: 255 points per axis)")
+        ->capture_default_str();
+    vtcli::AddOrbitalOptions(*exportCmd, exportArgs.setup);
+
+    CLI::App* about = app.add_subcommand("about", "the about box");
+
+    // CLI11 reports bad arguments by throwing; help is also delivered this way.
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        std::fprintf(stderr, "veltara: %s (see veltara --help)\n", e.what());
+        return vtcli::kExitUsage;
+    }
+
+    if (list->parsed()) return vtcli::RunList(listArgs);
+    if (render->parsed()) return vtcli::RunRender(renderArgs);
+    if (stats->parsed()) return vtcli::RunStats(statsArgs);
+    if (exportCmd->parsed()) return vtcli::RunExport(exportArgs);
+    if (about->parsed()) return vtcli::RunAbout();
+    return vtcli::kExitUsage;
+}

@@ -1,0 +1,90 @@
+// Read-only data of an orbital for hosts that export it: its setup, dot cloud, probability grid,
+// and the catalogue's normalised densities.
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include "electron/modOrbitals.h"
+#include "engine/cOrbitalCol.h"
+#include "host/c_guard.h"
+#include "host/c_objects.h"
+#include "host/c_records.h"
+#include "render/orbital_renderer.h"
+#include "support/error.h"
+
+using veltara::host::Guard;
+using veltara::host::kNullArgument;
+using veltara::host::kNullObject;
+
+namespace {
+
+/// The renderer in a slot: 9 outside the slots, 91 for an empty one.
+const veltara::OrbitalRenderer& Occupant(vt_engine& e, int16_t index) {
+    const veltara::OrbitalRenderer* r = e.engine.Orbitals()->Renderer(index);
+    if (r == nullptr) veltara::Raise(veltara::kErrObjectNotSet);
+    return *r;
+}
+
+}  // namespace
+
+extern "C" {
+
+int32_t vt_get_setup(vt_engine* e, int16_t index, vt_OrbitalSetup* out) {
+    if (e == nullptr) return kNullObject;
+    if (out == nullptr) return kNullArgument;
+    return Guard([&] { *out = veltara::host::ToC(Occupant(*e, index).SetupRecord()); });
+}
+
+int32_t vt_get_dots(vt_engine* e, int16_t index, vt_PointArray* dots, int32_t capacity,
+                    int32_t* count) {
+    if (e == nullptr) return kNullObject;
+    if (count == nullptr || (dots == nullptr && capacity != 0)) return kNullArgument;
+    return Guard([&]() -> int32_t {
+        const std::vector<veltara::PointArray>& held = Occupant(*e, index).Dots();
+        *count = static_cast<int32_t>(held.size());
+        if (dots == nullptr) return 0;
+        if (capacity < 0 || static_cast<size_t>(capacity) < held.size()) {
+            return veltara::kErrSubscript;
+        }
+        std::transform(held.begin(), held.end(), dots,
+                       [](const veltara::PointArray& p) { return veltara::host::ToC(p); });
+        return 0;
+    });
+}
+
+int32_t vt_get_grid(vt_engine* e, int16_t index, uint8_t* grid, size_t size) {
+    if (e == nullptr) return kNullObject;
+    if (grid == nullptr) return kNullArgument;
+    return Guard([&]() -> int32_t {
+        const veltara::ProbGrid& g = Occupant(*e, index).ProbMatrix();
+        constexpr size_t kBytes = static_cast<size_t>(VT_GRID_SIZE) * VT_GRID_SIZE * VT_GRID_SIZE;
+        static_assert(veltara::ProbGrid::kSize == VT_GRID_SIZE);
+        if (size < kBytes) return veltara::kErrSubscript;
+        // A grid never sampled (its Setup failed part-way) reads as zeros.
+        if (g.Empty()) {
+            std::memset(grid, 0, kBytes);
+        } else {
+            std::memcpy(grid, g.Data(), kBytes);
+        }
+        return 0;
+    });
+}
+
+int32_t vt_real_density(int16_t orbital, int32_t view, const double* xyz, size_t count,
+                        double* out) {
+    if (view != VT_PDF && view != VT_DRPDF) return veltara::kErrInvalidCall;
+    if (count > 0 && (xyz == nullptr || out == nullptr)) return kNullArgument;
+    return Guard([&] {
+        const std::unique_ptr<veltara::cElectron> electron =
+            veltara::modOrbitals::CreateElectron(orbital);
+        if (!electron) veltara::Raise(veltara::kErrObjectNotSet);
+        for (size_t i = 0; i < count; ++i) {
+            // The electron takes the squares of the coordinates.
+            const double x = xyz[3 * i], y = xyz[3 * i + 1], z = xyz[3 * i + 2];
+            const veltara::COORDdoubleParams p{x * x, y * y, z * z};
+            out[i] = view == VT_PDF ? electron->GetRealPDF(p) : electron->GetRealDRPDF(p);
+        }
+    });
+}
+
+}  // extern "C"

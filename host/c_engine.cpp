@@ -1,0 +1,99 @@
+// The C interface of the main atom class and its orbital collection.
+#include <new>
+#include <string>
+
+#include "engine/cOrbitalCol.h"
+#include "host/c_guard.h"
+#include "host/c_objects.h"
+#include "host/c_records.h"
+#include "support/error.h"
+
+using veltara::host::Guard;
+using veltara::host::kNullArgument;
+using veltara::host::kNullObject;
+using veltara::host::ToC;
+using veltara::host::ToEngine;
+
+namespace {
+
+/// The untyped index as the collection takes it; an unknown kind is a value that does not
+/// convert (13), like a string that is not a number.
+veltara::OrbitalIndexValue ToIndexValue(const vt_Variant& v) {
+    switch (v.kind) {
+        case VT_VARIANT_INT16: return v.value.i16;
+        case VT_VARIANT_INT32: return v.value.i32;
+        case VT_VARIANT_DOUBLE: return v.value.f64;
+        case VT_VARIANT_STRING: return std::string(v.value.str);
+        default: veltara::Raise(veltara::kErrTypeMismatch);
+    }
+}
+
+}  // namespace
+
+extern "C" {
+
+int32_t vt_create(vt_engine** out) {
+    if (out == nullptr) return kNullArgument;
+    *out = nullptr;
+    return Guard([&] { *out = new vt_engine; });
+}
+
+int32_t vt_destroy(vt_engine* e) {
+    return Guard([&] { delete e; });
+}
+
+int32_t vt_enum_orbitals(vt_engine* e, vt_OrbInfo out[40]) {
+    if (e == nullptr) return kNullObject;
+    if (out == nullptr) return kNullArgument;
+    return Guard([&] {
+        const std::vector<veltara::OrbInfo> list = e->engine.EnumOrbitals();
+        for (size_t i = 0; i < list.size() && i < 40; ++i) out[i] = ToC(list[i]);
+    });
+}
+
+int32_t vt_highest_n(vt_engine* e, int16_t* out) {
+    if (e == nullptr) return kNullObject;
+    if (out == nullptr) return kNullArgument;
+    return Guard([&] { *out = e->engine.HighestN(); });
+}
+
+int32_t vt_add(vt_engine* e, const vt_OrbitalSetup* setup, int16_t* index) {
+    if (e == nullptr) return kNullObject;
+    if (setup == nullptr || index == nullptr) return kNullArgument;
+    return Guard([&] { *index = e->engine.Orbitals()->Add(ToEngine(*setup)); });
+}
+
+int32_t vt_delete(vt_engine* e, int16_t index) {
+    if (e == nullptr) return kNullObject;
+    return Guard([&] { e->engine.Orbitals()->Delete(index); });
+}
+
+int32_t vt_get_render(vt_engine* e, int16_t index, const vt_RenderRequest* req,
+                      vt_RenderDCinfo* out) {
+    if (e == nullptr) return kNullObject;
+    if (req == nullptr || out == nullptr) return kNullArgument;
+    return Guard([&] { *out = ToC(e->engine.Orbitals()->GetRender(index, ToEngine(*req))); });
+}
+
+int32_t vt_refill_dot_matrix(vt_engine* e, const vt_Variant* index, uint8_t threshold,
+                             int32_t target, int32_t* result) {
+    if (e == nullptr) return kNullObject;
+    if (index == nullptr || result == nullptr) return kNullArgument;
+    if (index->kind == VT_VARIANT_STRING && index->value.str == nullptr) return kNullArgument;
+    return Guard([&] {
+        *result = e->engine.Orbitals()->ReFillDotMatrix(ToIndexValue(*index), threshold, target);
+    });
+}
+
+int32_t vt_get_stats(vt_engine* e, int16_t index, vt_OrbitalStats* out) {
+    if (e == nullptr) return kNullObject;
+    if (out == nullptr) return kNullArgument;
+    return Guard([&] { *out = ToC(e->engine.Orbitals()->GetStats(index)); });
+}
+
+int32_t vt_about(vt_engine* e) {
+    if (e == nullptr) return kNullObject;
+    return Guard([&] { e->engine.About(); });
+}
+
+}  // extern "C"

@@ -1,0 +1,314 @@
+/* veltara.h: the C interface of the Veltara hydrogen-orbital engine.
+ *
+ * One engine (vt_engine) holds a collection of orbitals. Add an orbital by catalogue index and
+ * view, ask for pictures of it, read its statistics, re-sample its dot cloud, delete it.
+ * Pictures are painted into off-screen surfaces; vt_get_render hands back their device handles,
+ * and vt_surface_read copies the visible picture out: rows top first, 4 bytes a pixel in the
+ * order B, G, R, A.
+ *
+ * Return convention: every function returns an int32_t error number, 0 for success, and hands
+ * its results back through pointers marked out (vt_error_text, which returns the message of a
+ * number, is the one exception). An engine or surface pointer that is NULL gives 91; a NULL
+ * out pointer, or a NULL input that the call needs, gives 5. No function lets an exception
+ * escape. The numbers (text from vt_error_text):
+ *    5  invalid procedure call or argument (NaN, square root of a negative, bad argument)
+ *    6  overflow (a value outside its width, an infinite result)
+ *    7  out of memory
+ *    9  subscript out of range (an index outside the collection, an unknown handle, a short buffer)
+ *   11  division by zero
+ *   13  type mismatch (an index string that is not a number)
+ *   91  object variable not set (an empty slot, a NULL engine or surface)
+ *
+ * Threads: one engine belongs to one thread at a time; the random generator and the clock
+ * are per thread. Valid C99 and C++.
+ */
+#ifndef VELTARA_H
+#define VELTARA_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(_WIN32)
+#define VT_API __declspec(dllexport)
+#else
+#define VT_API __attribute__((visibility("default")))
+#endif
+
+/* Truth values are 16-bit: true is -1, false is 0. */
+typedef int16_t vt_bool;
+#define VT_TRUE ((vt_bool)-1)
+#define VT_FALSE ((vt_bool)0)
+
+/* RenderMode */
+enum { VT_ORTHOGRAPHIC = 0, VT_PERSPECTIVE = 1, VT_ANAGLYPH = 2, VT_VOLUMETRIC = 3, VT_TRANSECT = 4 };
+/* RenderSize: the value is the picture's edge in pixels */
+enum { VT_MAIN = 375, VT_NANO = 128 };
+/* TransectDirection */
+enum { VT_ALONG_X = 0, VT_ALONG_Y = 1, VT_ALONG_Z = 2 };
+/* OrbitalType */
+enum { VT_SINGLE_ORB = 0, VT_AVERAGE_ORBS = 1 };
+/* ViewMode */
+enum { VT_PDF = 0, VT_DRPDF = 1 };
+/* OptFactor */
+enum { VT_F8 = 0, VT_F16XY = 1, VT_F16YZ = 2, VT_F16XZ = 3, VT_F32 = 4 };
+
+/* One picture to render (48 bytes). Angles in radians. */
+typedef struct vt_RenderRequest {
+    double Theta;
+    double Phi;
+    int16_t CameraPos;
+    int16_t ProjectionPlane;
+    int16_t TransectNo;
+    vt_bool Transector;
+    int32_t TransectDir;   /* VT_ALONG_* */
+    int32_t Size;          /* VT_MAIN selects the 375-pixel surface, anything else the small one */
+    int32_t Mode;          /* VT_ORTHOGRAPHIC ... VT_TRANSECT */
+    int16_t VolQuality;    /* 0 (means 5) or 5..10 */
+    vt_bool VolFinal;
+    vt_bool ShowProbLevelOnDots;
+    vt_bool ShowProbLevelOnTrans;
+    vt_bool UseColouredTransector;
+    int16_t StereoFactor;
+} vt_RenderRequest;
+
+/* Device handles of an orbital's two surfaces as last drawn (0 before the first picture). */
+typedef struct vt_RenderDCinfo {
+    int32_t MainHDC;
+    int32_t NanoHDC;
+} vt_RenderDCinfo;
+
+/* How to add an orbital (12 bytes). */
+typedef struct vt_OrbitalSetup {
+    int16_t AtomRadius;    /* half the edge of the sampled cube, Bohr radii */
+    int16_t DotTarget;     /* dots wanted */
+    uint8_t DotThreshold;  /* lowest probability level (0..255) a dot may have */
+    uint8_t Reserved;
+    int16_t OrbitalIndex;  /* catalogue index 0..39 */
+    int32_t OrbitalViewMode; /* VT_PDF or VT_DRPDF */
+} vt_OrbitalSetup;
+
+/* Statistics of one orbital (1056 bytes). */
+typedef struct vt_OrbitalStats {
+    int32_t FramesRendered;
+    int32_t ProbFreqs[256];
+    int32_t TotalSamples;
+    uint8_t Mode;
+    uint8_t Reserved[3];
+    int32_t CalcTime;      /* ms */
+    int32_t CalcRate;      /* samples per ms */
+    int32_t DotTarget;
+    int32_t DotTotal;
+    int32_t DotTime;       /* ms */
+} vt_OrbitalStats;
+
+/* One catalogue entry. Name points to static UTF-8 text that lives as long as the process
+ * (superscripts as U+00B2, U+00B3). The fields follow the pointer, so the offsets depend on
+ * the pointer's size: 40 bytes with 8-byte pointers, 32 with 4-byte ones. */
+typedef struct vt_OrbInfo {
+    const char *Name;
+    int16_t DefaultPDFAtomRadius;
+    int16_t DefaultDRPDFAtomRadius;
+    int16_t DefaultPDFDotThreshold;
+    int16_t DefaultDRPDFDotThreshold;
+    int16_t n;
+    int16_t l;
+    int16_t M;
+    uint8_t Reserved[2];
+    int32_t OrbType;       /* VT_SINGLE_ORB or VT_AVERAGE_ORBS */
+    int32_t PDFOptFactor;
+    int32_t DRPDFOptFactor;
+} vt_OrbInfo;
+
+/* One dot: grid coordinates -127..127 and its probability level (8 bytes). */
+typedef struct vt_PointArray {
+    int16_t X, Y, Z;
+    uint8_t P;
+    uint8_t Reserved;
+} vt_PointArray;
+
+/* One pixel, blue first (4 bytes). */
+typedef struct vt_RGBA {
+    uint8_t B, G, R, A;
+} vt_RGBA;
+
+/* The untyped orbital index of vt_refill_dot_matrix. */
+enum { VT_VARIANT_INT16 = 0, VT_VARIANT_INT32 = 1, VT_VARIANT_DOUBLE = 2, VT_VARIANT_STRING = 3 };
+typedef struct vt_Variant {
+    int32_t kind;          /* VT_VARIANT_* */
+    union {
+        int16_t i16;
+        int32_t i32;
+        double f64;
+        const char *str;   /* NUL-terminated; converted like a number, e.g. "2.5" */
+    } value;
+} vt_Variant;
+
+/* The about box's texts. */
+typedef struct vt_AboutBox {
+    const char *Caption;
+    const char *FrameCaption;
+    const char *Label;
+    const char *YearsLabel;
+} vt_AboutBox;
+
+typedef struct vt_engine vt_engine;
+typedef struct vt_memdc vt_memdc;
+
+/* ---- Errors ---------------------------------------------------------------------------- */
+
+/* The message of an error number ("Success" for 0, "Unknown error" for a number the engine never
+ * gives). Never NULL; the text is static. */
+VT_API const char *vt_error_text(int32_t number);
+
+/* ---- Engine ---------------------------------------------------------------------------- */
+
+/* A new engine with an empty collection (one empty slot, index 0).
+ * out: the engine, to be freed with vt_destroy. Errors: 5 (out NULL), 7. */
+VT_API int32_t vt_create(vt_engine **out);
+/* Frees the engine, its orbitals and their surfaces; their device handles stop resolving.
+ * NULL is allowed and does nothing. Always 0. */
+VT_API int32_t vt_destroy(vt_engine *e);
+
+/* The 40 catalogue entries, index 0..39, in catalogue order.
+ * out: an array of 40 records. Errors: 91 (e NULL), 5 (out NULL). */
+VT_API int32_t vt_enum_orbitals(vt_engine *e, vt_OrbInfo out[40]);
+/* The highest principal quantum number of the catalogue.
+ * out: 4. Errors: 91, 5. */
+VT_API int32_t vt_highest_n(vt_engine *e, int16_t *out);
+
+/* Adds an orbital: samples its probability grid and draws its first dot cloud (the call blocks
+ * for the whole calculation; the random generator is seeded from the clock).
+ * index (out): its handle, the lowest free slot. Errors: 91 (a view other than VT_PDF and
+ * VT_DRPDF, or an index outside 0..39: the slot stays empty), 6 (a byte above 255, a
+ * 32768th dot, the 32768th slot), 11 (a density that is zero over the whole cube), 9 (a
+ * first dot cloud without a single dot, e.g. with a clock below 32768 ms), 5. */
+VT_API int32_t vt_add(vt_engine *e, const vt_OrbitalSetup *setup, int16_t *index);
+/* Deletes an orbital; deleting an empty slot is allowed. Only the last slot is removed from the
+ * collection (and never slot 0); other slots stay, empty, for later adds.
+ * Errors: 9 (outside the slots), 91. */
+VT_API int32_t vt_delete(vt_engine *e, int16_t index);
+
+/* Renders one picture of an orbital into its surface of the requested size.
+ * out: both surfaces' device handles as last drawn (0 for a size never drawn); read the
+ * picture with vt_surface_read. Errors: 9 (index outside the slots, a volumetric quality other
+ * than 0 and 5..10, a slice beyond 127), 91 (empty slot), 6, 11 (anaglyph with StereoFactor 0),
+ * 5. */
+VT_API int32_t vt_get_render(vt_engine *e, int16_t index, const vt_RenderRequest *req,
+                             vt_RenderDCinfo *out);
+
+/* Draws a new dot cloud from the orbital's existing grid with target dots above threshold.
+ * index is untyped: a 16-bit or 32-bit integer, a double or a numeric string, rounded half to
+ * even. result (out): always 0. Errors: 13 (a string that is not a number, or an unknown kind;
+ * checked before anything else), 6 (index outside 32 bits, target outside 16 bits, a 32768th
+ * dot), 9, 91, 5 (index, index->value.str or result NULL). */
+VT_API int32_t vt_refill_dot_matrix(vt_engine *e, const vt_Variant *index, uint8_t threshold,
+                                    int32_t target, int32_t *result);
+
+/* The orbital's statistics. out: a copy. Errors: 9, 91, 5. */
+VT_API int32_t vt_get_stats(vt_engine *e, int16_t index, vt_OrbitalStats *out);
+
+/* ---- Read-only data of an orbital ------------------------------------------------------ */
+
+/* The setup the orbital was added with, with the target and threshold of its last refill.
+ * out: a copy. Errors: 9, 91, 5. */
+VT_API int32_t vt_get_setup(vt_engine *e, int16_t index, vt_OrbitalSetup *out);
+
+/* A copy of the orbital's dot cloud. Dot i is at grid point (X, Y, Z), -127..127 on each axis,
+ * that is X * AtomRadius / 127 Bohr radii from the nucleus, with probability level P.
+ * count (out): the number of dots held. Pass dots NULL and capacity 0 to ask for the count
+ * only. Errors: 9 (index outside the slots, or capacity below the count: nothing copied, count
+ * still written), 91, 5 (count NULL, or dots NULL with a capacity). */
+VT_API int32_t vt_get_dots(vt_engine *e, int16_t index, vt_PointArray *dots, int32_t capacity,
+                           int32_t *count);
+
+/* Points per axis of the probability grid. */
+#define VT_GRID_SIZE 128
+/* A copy of the orbital's probability grid: VT_GRID_SIZE^3 = 2097152 levels 0..255 over one
+ * octant of the cube, grid point (x, y, z) (0..127 each; 0 at the nucleus, 127 at AtomRadius)
+ * at byte (z * 128 + y) * 128 + x. The other seven octants are its mirror images.
+ * Errors: 9 (index outside the slots, or size below 2097152), 91, 5 (grid NULL). */
+VT_API int32_t vt_get_grid(vt_engine *e, int16_t index, uint8_t *grid, size_t size);
+
+/* The normalised density of catalogue orbital `orbital` (0..39) in view `view` at count points,
+ * each given as x, y, z in Bohr radii (xyz[3 * i] .. xyz[3 * i + 2]): per cubic Bohr radius for
+ * VT_PDF, the radially weighted density for VT_DRPDF. Needs no engine.
+ * out: count values. Errors: 91 (orbital outside 0..39), 5 (a view other than VT_PDF and
+ * VT_DRPDF, xyz or out NULL with count above 0), and the density's own errors (5, 6). */
+VT_API int32_t vt_real_density(int16_t orbital, int32_t view, const double *xyz, size_t count,
+                               double *out);
+
+/* ---- Surfaces behind device handles ---------------------------------------------------- */
+
+/* Width and height (out) of the visible picture behind a device handle (375 x 375 for Main
+ * pictures, 127 x 127 for Nano ones). Errors: 9 (0, unknown or freed handle), 5. */
+VT_API int32_t vt_surface_info(int32_t handle, int32_t *width, int32_t *height);
+/* Copies the visible picture behind a device handle into bgra: width x height pixels of 4 bytes
+ * (B, G, R, A), rows top first, no padding. size: the bytes bgra holds.
+ * Errors: 9 (unknown handle, or size below width x height x 4), 5 (bgra NULL). */
+VT_API int32_t vt_surface_read(int32_t handle, uint8_t *bgra, size_t size);
+
+/* ---- The public pixel surface ---------------------------------------------------------- */
+
+/* A new, empty surface object (no bitmap until vt_memdc_create). out: it. Errors: 5, 7. */
+VT_API int32_t vt_memdc_new(vt_memdc **out);
+/* Deletes the surface's bitmap and frees the object. NULL is allowed. Always 0. */
+VT_API int32_t vt_memdc_free(vt_memdc *m);
+/* Makes a width x (height + 1) bitmap, all zero (the extra row is a spare below the picture),
+ * deleting the old one first. A size below 1 or above 16384 gives no bitmap (handle 0 for it).
+ * hdc (out, may be NULL): the new device handle. Errors: 6 (height + 1 overflows), 91. */
+VT_API int32_t vt_memdc_create(vt_memdc *m, int32_t width, int32_t height, int32_t *hdc);
+/* Copies the visible picture into bits, an array of cols x rows pixels: element (x, j) at
+ * j * cols + x, j counted from the bottom row of the picture. Pass the surface's own width and
+ * height; a smaller array receives the part that fits. Errors: 9 (cols or rows below 1), 91,
+ * 5 (bits NULL). */
+VT_API int32_t vt_memdc_get_all_bits(vt_memdc *m, vt_RGBA *bits, int32_t cols, int32_t rows);
+/* The inverse of vt_memdc_get_all_bits; the spare row is left alone. Errors: as it. */
+VT_API int32_t vt_memdc_set_all_bits(vt_memdc *m, const vt_RGBA *bits, int32_t cols,
+                                     int32_t rows);
+/* Row y counted from the top (y = height: the spare row; a row the bitmap does not have reads
+ * as zeros) into out, count pixels at most. written (out): the pixels written (the surface's
+ * width, or count if smaller). Errors: 6 (height - y overflows), 91, 5 (written NULL, or out
+ * NULL with count above 0). */
+VT_API int32_t vt_memdc_get_bits(vt_memdc *m, int32_t y, vt_RGBA *out, int32_t count,
+                                 int32_t *written);
+/* Writes scan_lines rows from row y (from the top) upwards: source row k of data (the surface's
+ * width in pixels, count pixels in all) goes to row y - k, its first length pixels (0: the rest
+ * of the row) at columns x onwards; clipped at the edges. Errors: 9 (count 0), 6 (height - y or
+ * width - x overflows), 91, 5 (count negative, or data NULL with count above 0). */
+VT_API int32_t vt_memdc_set_bits(vt_memdc *m, const vt_RGBA *data, int32_t count, int32_t x,
+                                 int32_t y, int32_t scan_lines, int32_t length);
+/* The device-context and bitmap handles (out): 0 before the first create, the old, no longer
+ * resolving values after a delete. Errors: 91, 5. */
+VT_API int32_t vt_memdc_handles(vt_memdc *m, int32_t *hdc, int32_t *hbmp);
+/* Width and height (out) of the last create (0 before it). Errors: 91, 5. */
+VT_API int32_t vt_memdc_size(vt_memdc *m, int32_t *width, int32_t *height);
+/* Frees the bitmap; the handles no longer resolve. Deleting twice is allowed. Errors: 91. */
+VT_API int32_t vt_memdc_delete(vt_memdc *m);
+
+/* ---- Clock and about box --------------------------------------------------------------- */
+
+/* Replaces the millisecond clock of the calling thread with clock(ctx); NULL restores the
+ * system clock (milliseconds since boot, wrapping at 32 bits). Renderers seed their random
+ * generator from it, so a fixed clock gives the same dots every run; readings below 32768
+ * give seed 0, which draws no dots (vt_add then fails with 9). Always 0. */
+VT_API int32_t vt_set_clock(int32_t (*clock)(void *ctx), void *ctx);
+
+/* The about box's texts (out): static UTF-8. Errors: 5. */
+VT_API int32_t vt_about_texts(vt_AboutBox *out);
+/* Installs the presenter of the about box for the process: show is called with the texts (valid
+ * during the call) and returns when the dialog closes; then set_top_most(VT_TRUE) (may be
+ * NULL). NULL show removes the presenter. Always 0. */
+VT_API int32_t vt_set_about_presenter(void (*show)(const vt_AboutBox *box, void *ctx),
+                                      void (*set_top_most)(vt_bool on_top, void *ctx), void *ctx);
+/* Shows the about box through the installed presenter (nothing without one). Errors: 91. */
+VT_API int32_t vt_about(vt_engine *e);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* VELTARA_H */
