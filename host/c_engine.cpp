@@ -38,9 +38,7 @@ int32_t vt_create(vt_engine** out) {
     return Guard([&] { *out = new vt_engine; });
 }
 
-int32_t vt_destroy(vt_engine* e) {
-    return Guard([&] { delete e; });
-}
+void vt_destroy(vt_engine* e) { delete e; }
 
 int32_t vt_enum_orbitals(vt_engine* e, vt_OrbInfo out[40]) {
     if (e == nullptr) return kNullObject;
@@ -51,10 +49,9 @@ int32_t vt_enum_orbitals(vt_engine* e, vt_OrbInfo out[40]) {
     });
 }
 
-int32_t vt_highest_n(vt_engine* e, int16_t* out) {
-    if (e == nullptr) return kNullObject;
-    if (out == nullptr) return kNullArgument;
-    return Guard([&] { *out = e->engine.HighestN(); });
+int16_t vt_highest_n(vt_engine* e) {
+    // A constant of the catalogue: the same answer with or without an engine.
+    return e != nullptr ? e->engine.HighestN() : veltara::cVeltara().HighestN();
 }
 
 int32_t vt_add(vt_engine* e, const vt_OrbitalSetup* setup, int16_t* index) {

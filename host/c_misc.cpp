@@ -39,14 +39,13 @@ extern "C" {
 
 const char* vt_error_text(int32_t number) { return veltara::ErrorText(number); }
 
-int32_t vt_set_clock(int32_t (*clock)(void* ctx), void* ctx) {
-    return Guard([&] {
-        if (clock == nullptr) {
-            veltara::SetClock({});
-        } else {
-            veltara::SetClock([clock, ctx] { return clock(ctx); });
-        }
-    });
+void vt_set_clock(int32_t (*clock)(void* ctx), void* ctx) {
+    // Two pointers fit the function object's own storage, so installing cannot allocate.
+    if (clock == nullptr) {
+        veltara::SetClock({});
+    } else {
+        veltara::SetClock([clock, ctx] { return clock(ctx); });
+    }
 }
 
 int32_t vt_about_texts(vt_AboutBox* out) {

@@ -170,15 +170,15 @@ VT_API const char *vt_error_text(int32_t number);
  * out: the engine, to be freed with vt_destroy. Errors: 5 (out NULL), 7. */
 VT_API int32_t vt_create(vt_engine **out);
 /* Frees the engine, its orbitals and their surfaces; their device handles stop resolving.
- * NULL is allowed and does nothing. Always 0. */
-VT_API int32_t vt_destroy(vt_engine *e);
+ * NULL is allowed and does nothing. */
+VT_API void vt_destroy(vt_engine *e);
 
 /* The 40 catalogue entries, index 0..39, in catalogue order.
  * out: an array of 40 records. Errors: 91 (e NULL), 5 (out NULL). */
 VT_API int32_t vt_enum_orbitals(vt_engine *e, vt_OrbInfo out[40]);
-/* The highest principal quantum number of the catalogue.
- * out: 4. Errors: 91, 5. */
-VT_API int32_t vt_highest_n(vt_engine *e, int16_t *out);
+/* The highest principal quantum number of the catalogue: always 4 (a constant of the
+ * catalogue, so it needs no engine and cannot fail; NULL is answered too). */
+VT_API int16_t vt_highest_n(vt_engine *e);
 
 /* Adds an orbital: samples its probability grid and draws its first dot cloud (the call blocks
  * for the whole calculation; the random generator is seeded from the clock).
@@ -294,8 +294,8 @@ VT_API int32_t vt_memdc_delete(vt_memdc *m);
 /* Replaces the millisecond clock of the calling thread with clock(ctx); NULL restores the
  * system clock (milliseconds since boot, wrapping at 32 bits). Renderers seed their random
  * generator from it, so a fixed clock gives the same dots every run; readings below 32768
- * give seed 0, which draws no dots (vt_add then fails with 9). Always 0. */
-VT_API int32_t vt_set_clock(int32_t (*clock)(void *ctx), void *ctx);
+ * give seed 0, which draws no dots (vt_add then fails with 9). Cannot fail. */
+VT_API void vt_set_clock(int32_t (*clock)(void *ctx), void *ctx);
 
 /* The about box's texts (out): static UTF-8. Errors: 5. */
 VT_API int32_t vt_about_texts(vt_AboutBox *out);

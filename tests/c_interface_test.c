@@ -112,7 +112,7 @@ static void test_errors_and_catalogue(void) {
     CHECK_RC(vt_create(NULL), 5);
     CHECK_RC(vt_create(&e), 0);
     CHECK(e != NULL);
-    CHECK_RC(vt_highest_n(e, &n), 0);
+    n = vt_highest_n(e);
     CHECK(n == 4);
     CHECK_RC(vt_enum_orbitals(e, info), 0);
 
@@ -140,10 +140,9 @@ static void test_errors_and_catalogue(void) {
     /* NULL engine (91) and NULL out pointers (5). */
     CHECK_RC(vt_enum_orbitals(NULL, info), 91);
     CHECK_RC(vt_enum_orbitals(e, NULL), 5);
-    CHECK_RC(vt_highest_n(NULL, &n), 91);
-    CHECK_RC(vt_highest_n(e, NULL), 5);
-    CHECK_RC(vt_destroy(e), 0);
-    CHECK_RC(vt_destroy(NULL), 0);
+    CHECK(vt_highest_n(NULL) == 4);
+    vt_destroy(e);
+    vt_destroy(NULL);
 }
 
 static void test_orbitals(void) {
@@ -158,7 +157,7 @@ static void test_orbitals(void) {
     uint8_t *pixels = NULL, *grid = NULL;
     vt_PointArray *dots = NULL;
 
-    CHECK_RC(vt_set_clock(fixed_clock, &clock_ms), 0);
+    vt_set_clock(fixed_clock, &clock_ms);
     CHECK_RC(vt_create(&e), 0);
 
     /* Three orbitals in slots 0, 1, 2: 2Pz, 1S and the averaged 3D in the radial view. */
@@ -365,10 +364,10 @@ static void test_orbitals(void) {
          * fills slot 0 again. */
         CHECK_RC(vt_add(e2, &s, &slot), 0);
         CHECK(slot == 0);
-        CHECK_RC(vt_destroy(e2), 0);
+        vt_destroy(e2);
     }
-    CHECK_RC(vt_destroy(e), 0);
-    CHECK_RC(vt_set_clock(NULL, NULL), 0);
+    vt_destroy(e);
+    vt_set_clock(NULL, NULL);
 }
 
 static void test_real_density(void) {
@@ -504,7 +503,7 @@ static void test_about(void) {
     CHECK_RC(vt_about(e), 0);
     CHECK(strcmp(about_log, "show;top;") == 0);
     CHECK_RC(vt_about(NULL), 91);
-    CHECK_RC(vt_destroy(e), 0);
+    vt_destroy(e);
 }
 
 int main(void) {
