@@ -13,6 +13,7 @@ const state = {
   inFlight: false,     // one Main request at a time while dragging
   pendingDrag: false,
   lastMainMs: 0,
+  settled: 0,          // renderAll calls finished, for anyone waiting on a full redraw
 };
 
 // ---- Server calls ----
@@ -132,7 +133,8 @@ async function renderAll() {
   } catch (e) {
     showMessage(e.message);
   }
-  refreshStats();
+  await refreshStats();
+  state.settled++;
 }
 
 async function renderMain(preview) {
@@ -432,11 +434,11 @@ async function showAbout() {
 
 // ---- Timing, for the tests and the curious: median round trip of n frames ----
 
-async function measureFrames(request, n) {
+async function measureFrames(requestOf, n) {
   const times = [];
   for (let i = 0; i < n; i++) {
     const started = performance.now();
-    const frame = await fetchFrame(state.current, request);
+    const frame = await fetchFrame(state.current, requestOf(i));
     drawFrame($('main'), frame);
     times.push(performance.now() - started);
   }
