@@ -1,6 +1,6 @@
-# Veltara: make run | make test | make bench | make format
+# Veltara: make run (the viewer) | make gallery | make test | make bench | make format
 JOBS ?= $(shell nproc)
-.PHONY: setup run test test-release test-debug bench format clean
+.PHONY: setup run gallery test test-release test-debug bench format clean
 
 setup:
 	@bash scripts/setup
@@ -14,8 +14,13 @@ build/debug/build.ninja: CMakeLists.txt CMakePresets.json
 build/bench/build.ninja: CMakeLists.txt CMakePresets.json
 	cmake --preset bench >/dev/null
 
+# The viewer: open the address it prints in a browser; Ctrl-C stops it.
 run: setup build/release/build.ninja
-	cmake --build --preset release -j $(JOBS)
+	cmake --build --preset release -j $(JOBS) --target veltara_cli
+	./build/release/cli/veltara serve
+
+gallery: setup build/release/build.ninja
+	cmake --build --preset release -j $(JOBS) --target veltara_cli
 	./build/release/cli/veltara render --all --out-dir out/gallery
 	@echo "Gallery of all 40 orbitals in out/gallery (contact sheet: out/gallery/contact-sheet.png)."
 

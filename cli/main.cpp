@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "commands.h"
+#include "viewer_server.h"
 
 namespace {
 
@@ -55,6 +56,27 @@ int main(int argc, char** argv) {
 
     CLI::App* about = app.add_subcommand("about", "the about box");
 
+    vtcli::ServeArgs serveArgs;
+    CLI::App* serve = app.add_subcommand(
+        "serve",
+        "the interactive viewer: a page and a JSON API over one engine, at http://HOST:PORT/ "
+        "(at most " + std::to_string(vtcli::kMaxLiveOrbitals) + " live orbitals, each holding a "
+        "2 MiB grid; request bodies up to " + std::to_string(vtcli::kMaxBodyBytes / 1024) +
+        " KiB); stops on Ctrl-C");
+    serve->add_option("--host", serveArgs.host,
+                      "address to listen on; keep the loopback default unless the network is "
+                      "trusted")
+        ->capture_default_str();
+    serve->add_option("--port", serveArgs.port, "TCP port; 0 picks a free one")
+        ->capture_default_str();
+    serve->add_option("--clock", serveArgs.clockMs,
+                      "fix the millisecond clock (the random seed) for reproducible dots; "
+                      "above 32768");
+    serve->add_option("--max-orbitals", serveArgs.maxOrbitals,
+                      "live orbitals allowed at once, 1.." +
+                          std::to_string(vtcli::kMaxLiveOrbitals))
+        ->capture_default_str();
+
     // CLI11 reports bad arguments by throwing; help is also delivered this way.
     try {
         app.parse(argc, argv);
@@ -70,5 +92,6 @@ int main(int argc, char** argv) {
     if (stats->parsed()) return vtcli::RunStats(statsArgs);
     if (exportCmd->parsed()) return vtcli::RunExport(exportArgs);
     if (about->parsed()) return vtcli::RunAbout();
+    if (serve->parsed()) return vtcli::RunServe(serveArgs);
     return vtcli::kExitUsage;
 }

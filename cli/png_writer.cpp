@@ -46,4 +46,26 @@ std::string WritePng(const std::string& path, const RgbImage& image) {
     return problem;
 }
 
+std::string EncodePng(const RgbImage& image, std::vector<uint8_t>& out) {
+    png_image png;
+    std::memset(&png, 0, sizeof png);
+    png.version = PNG_IMAGE_VERSION;
+    png.width = static_cast<png_uint_32>(image.width);
+    png.height = static_cast<png_uint_32>(image.height);
+    png.format = PNG_FORMAT_RGB;
+    // The first call measures, the second writes.
+    png_alloc_size_t size = 0;
+    int ok = png_image_write_to_memory(&png, nullptr, &size, 0, image.rgb.data(),
+                                       image.width * 3, nullptr);
+    if (ok) {
+        out.resize(size);
+        ok = png_image_write_to_memory(&png, out.data(), &size, 0, image.rgb.data(),
+                                       image.width * 3, nullptr);
+        out.resize(size);
+    }
+    std::string problem = ok ? "" : png.message;
+    png_image_free(&png);
+    return problem;
+}
+
 }  // namespace vtcli

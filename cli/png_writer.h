@@ -38,4 +38,7 @@ void Blit(RgbImage& dst, const RgbImage& src, int32_t x, int32_t y);
 /// Writes the picture as a PNG file; an empty string on success, else libpng's reason.
 std::string WritePng(const std::string& path, const RgbImage& image);
 
+/// Encodes the picture as PNG bytes into `out`; an empty string on success, else libpng's reason.
+std::string EncodePng(const RgbImage& image, std::vector<uint8_t>& out);
+
 }  // namespace vtcli
