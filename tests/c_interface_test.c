@@ -99,15 +99,17 @@ static void test_errors_and_catalogue(void) {
     int16_t n = 0;
 
     /* Messages of the error table. */
-    CHECK(strcmp(vt_error_text(0), "Success") == 0);
-    CHECK(strcmp(vt_error_text(5), "Invalid procedure call or argument") == 0);
-    CHECK(strcmp(vt_error_text(6), "Overflow") == 0);
-    CHECK(strcmp(vt_error_text(7), "Out of memory") == 0);
-    CHECK(strcmp(vt_error_text(9), "Subscript out of range") == 0);
-    CHECK(strcmp(vt_error_text(11), "Division by zero") == 0);
-    CHECK(strcmp(vt_error_text(13), "Type mismatch") == 0);
-    CHECK(strcmp(vt_error_text(91), "Object variable or With block variable not set") == 0);
-    CHECK(strcmp(vt_error_text(12345), "Unknown error") == 0);
+    static const struct {
+        int32_t number;
+        const char *text;
+    } messages[] = {{0, "Success"}, {5, "Invalid procedure call or argument"}, {6, "Overflow"},
+                    {7, "Out of memory"}, {9, "Subscript out of range"}, {11, "Division by zero"},
+                    {13, "Type mismatch"}, {91, "Object variable or With block variable not set"},
+                    {12345, "Unknown error"}};
+    size_t k;
+    for (k = 0; k < sizeof messages / sizeof messages[0]; ++k) {
+        CHECK(strcmp(vt_error_text(messages[k].number), messages[k].text) == 0);
+    }
 
     CHECK_RC(vt_create(NULL), 5);
     CHECK_RC(vt_create(&e), 0);
@@ -250,32 +252,23 @@ static void test_orbitals(void) {
     CHECK_RC(vt_refill_dot_matrix(e, &(vt_Variant){0}, 60, 1000, &result), 0); /* int16 0 */
     CHECK(result == 0);
     {
+        /* Each kind of index reaches its slot; a double and a string round half to even. */
+        const struct {
+            vt_Variant index;
+            int16_t slot;
+        } refills[] = {
+            {{VT_VARIANT_INT16, {.i16 = 1}}, 1},     {{VT_VARIANT_INT32, {.i32 = 2}}, 2},
+            {{VT_VARIANT_DOUBLE, {.f64 = 0.5}}, 0},  {{VT_VARIANT_DOUBLE, {.f64 = 1.5}}, 2},
+            {{VT_VARIANT_STRING, {.str = " 2.5 "}}, 2}, {{VT_VARIANT_STRING, {.str = "1e0"}}, 1},
+        };
+        size_t k;
         vt_Variant v;
-        v = variant_i16(1);
-        CHECK_RC(vt_refill_dot_matrix(e, &v, 40, 1100, &result), 0);
-        CHECK_RC(vt_get_stats(e, 1, &st), 0);
-        CHECK(st.DotTarget == 1100);
-        v = variant_i32(2);
-        CHECK_RC(vt_refill_dot_matrix(e, &v, 40, 1200, &result), 0);
-        CHECK_RC(vt_get_stats(e, 2, &st), 0);
-        CHECK(st.DotTarget == 1200);
-        v = variant_f64(0.5); /* ties to even: slot 0 */
-        CHECK_RC(vt_refill_dot_matrix(e, &v, 40, 1300, &result), 0);
-        CHECK_RC(vt_get_stats(e, 0, &st), 0);
-        CHECK(st.DotTarget == 1300);
-        v = variant_f64(1.5); /* slot 2 */
-        CHECK_RC(vt_refill_dot_matrix(e, &v, 40, 1400, &result), 0);
-        CHECK_RC(vt_get_stats(e, 2, &st), 0);
-        CHECK(st.DotTarget == 1400);
-        v = variant_str(" 2.5 "); /* slot 2 */
-        CHECK_RC(vt_refill_dot_matrix(e, &v, 40, 1500, &result), 0);
-        CHECK_RC(vt_get_stats(e, 2, &st), 0);
-        CHECK(st.DotTarget == 1500);
-        v = variant_str("1e0");
-        CHECK_RC(vt_refill_dot_matrix(e, &v, 40, 1600, &result), 0);
-        CHECK_RC(vt_get_stats(e, 1, &st), 0);
-        CHECK(st.DotTarget == 1600);
-        CHECK(result == 0);
+        for (k = 0; k < sizeof refills / sizeof refills[0]; ++k) {
+            const int32_t target = 1100 + 100 * (int32_t)k;
+            CHECK_RC(vt_refill_dot_matrix(e, &refills[k].index, 40, target, &result), 0);
+            CHECK_RC(vt_get_stats(e, refills[k].slot, &st), 0);
+            CHECK(st.DotTarget == target && result == 0);
+        }
 
         /* Refill errors: not a number 13, unknown kind 13, outside the slots 9, target outside
          * 16 bits 6, index outside 32 bits 6, NULL string 5. */

@@ -6,7 +6,6 @@
 #include <random>
 #include <vector>
 
-#include "fake_electron.h"
 #include "render/orbital_renderer.h"
 #include "renderer_test_access.h"
 #include "support/modRand.h"
@@ -91,53 +90,6 @@ TEST(FillDotMatrix, VisitsBlocksInOrderAndDrawsEveryMirrorImage) {
     EXPECT_EQ(A::LastDot(f.r), 38);
     // The farthest dot is (+-4, 0, +-9): 127 / sqrt(97).
     EXPECT_DOUBLE_EQ(A::DotDepthScale(f.r), 127.0 / std::sqrt(97.0));
-}
-
-TEST(FillDotMatrix, EachImageTakesItsOwnDrawFromTheGenerator) {
-    // A small grid at unsaturated levels; the expected cloud uses the standard library's
-    // minimal-standard generator (the same multiplier 48271 and modulus) as the reference.
-    const int target = 10;
-    const double sum = 100.0 * 1 + 40.0 * 2 + 255.0 * 8;  // the counts given below
-    auto accept = [&](int v) {
-        const double a = v / sum * target;
-        return a <= 1.0 ? static_cast<int64_t>(std::nearbyint(a * 2147483647.0)) : kModulus;
-    };
-    struct P {
-        int x, y, z, p;
-    };
-    const std::vector<P> points = {{0, 0, 0, 100}, {3, 0, 0, 40}, {1, 1, 1, 255}};
-    int accepted = 0, rejected = 0;
-    for (int32_t seed = 1; seed <= 300; ++seed) {
-        Fill f(static_cast<int16_t>(target), 0);
-        for (const P& p : points) f.Put(p.x, p.y, p.z, p.p);
-        f.Freqs()[100] = 1;
-        f.Freqs()[40] = 2;
-        f.Freqs()[255] = 8;
-        f.Dots() = {Dot(9, 9, 9, 9)};  // an earlier cloud, kept when nothing is accepted
-        modRand::Randomize(seed);
-        f.Run();
-
-        std::minstd_rand reference(static_cast<std::minstd_rand::result_type>(seed));
-        std::vector<PointArray> expected;
-        int64_t lastDraw = seed;
-        for (const P& p : points) {
-            for (const PointArray& d : Images(p.x, p.y, p.z, p.p)) {
-                lastDraw = reference();
-                if (lastDraw < accept(p.p)) {
-                    expected.push_back(d);
-                    ++accepted;
-                } else {
-                    ++rejected;
-                }
-            }
-        }
-        if (expected.empty()) expected = {Dot(9, 9, 9, 9)};
-        ASSERT_EQ(f.Dots(), expected) << "seed " << seed;
-        // Eleven draws in all: the shared generator continues from the last.
-        ASSERT_EQ(modRand::State(), lastDraw) << "seed " << seed;
-    }
-    EXPECT_GT(accepted, 0);
-    EXPECT_GT(rejected, 0);
 }
 
 TEST(FillDotMatrix, ZeroTargetOrZeroSumGivesOneDotAtTheOrigin) {
@@ -242,17 +194,6 @@ TEST(FillDotMatrix, AcceptanceOfExactlyOneTakesEveryDraw) {
     }
 }
 
-TEST(FillDotMatrix, PointsAtTheThresholdNeverBecomeDots) {
-    Fill f(32767, 50);
-    for (int x = 1; x <= 10; ++x) f.Put(x, 3, 5, 50);
-    f.Put(2, 2, 2, 51);
-    f.Freqs()[50] = 80;
-    f.Freqs()[51] = 8;
-    modRand::Randomize(31337);
-    f.Run();
-    EXPECT_EQ(f.Dots(), Images(2, 2, 2, 51));
-}
-
 TEST(FillDotMatrix, The32768thDotRaises6WithAllDotsKept) {
     // Every point at level 255 and a saturating target: the origin, the 762 half-axis images,
     // then the plane Z = 0 four images per point. 32768 - 763 = 32005 images there: 8001 whole
@@ -277,23 +218,6 @@ TEST(FillDotMatrix, LevelWeightBeyond32BitsRaises6) {
     Fill f(100, 0);
     f.Freqs()[255] = 16581375;
     EXPECT_VT_ERROR(f.Run(), 6);
-}
-
-TEST(FillDotMatrix, SameSeedSameCloud) {
-    Fill f(3000, 10);
-    for (int z = 0; z < 128; z += 3) {
-        for (int y = 0; y < 128; y += 5) {
-            for (int x = 0; x < 128; x += 7) f.Put(x, y, z, (x + 2 * y + 3 * z) % 256);
-        }
-    }
-    for (int v = 0; v < 256; ++v) f.Freqs()[v] = 300;
-    modRand::Randomize(55555);
-    f.Run();
-    const std::vector<PointArray> first = f.Dots();
-    modRand::Randomize(55555);
-    f.Run();
-    EXPECT_GT(first.size(), 100u);
-    EXPECT_EQ(f.Dots(), first);
 }
 
 // A plain reference fill: one draw at a time from the standard library's minimal-standard
@@ -346,19 +270,8 @@ TEST(FillDotMatrix, MatchesAPlainReferenceFillOnWholeGrids) {
                           {26, ViewMode::DRPDF, 32, 3000, 200}};
     for (const Case& c : cases) {
         vt_test::FixedClock clock(1000000000);
-        std::unique_ptr<OrbitalRenderer> r;
-        if (c.view == ViewMode::PDF) {
-            r = std::make_unique<cOrbitalPDF>();
-        } else {
-            r = std::make_unique<cOrbitalDRPDF>();
-        }
-        OrbitalSetup s;
-        s.OrbitalIndex = c.index;
-        s.OrbitalViewMode = c.view;
-        s.AtomRadius = c.radius;
-        s.DotTarget = c.target;
-        s.DotThreshold = c.threshold;
-        r->Setup(s);
+        auto r = std::make_unique<OrbitalRenderer>(c.view);
+        r->Setup({c.radius, c.target, c.threshold, 0, c.index, c.view});
         for (uint32_t seed : {1u, 30517u, 65536u}) {
             modRand::Randomize(static_cast<int32_t>(seed));
             A::FillDotMatrix(*r);
@@ -366,62 +279,6 @@ TEST(FillDotMatrix, MatchesAPlainReferenceFillOnWholeGrids) {
                 ReferenceFill(A::ProbMatrix(*r), A::Stats(*r).ProbFreqs, c.target, c.threshold, seed);
             ASSERT_GT(expected.size(), 500u);
             EXPECT_EQ(A::Dots(*r), expected) << c.index << " seed " << seed;
-        }
-    }
-}
-
-// The cloud size of a synthetic grid lies within five standard deviations of its expectation:
-// each image is an independent trial with p = (Accept - 1) / 2147483646, the share of the
-// generator's outputs 1..2147483646 below Accept.
-TEST(FillDotMatrix, CloudSizeFollowsTheAcceptanceProbabilities) {
-    // A smooth bump, sampled through a stand-in electron over the full octant.
-    auto bump = [](const COORDdoubleParams& p) {
-        return std::exp(-(p.Xs + 2.0 * p.Ys + 0.5 * p.Zs) / 300.0);
-    };
-    struct Case {
-        int16_t target;
-        uint8_t threshold;
-    };
-    const Case cases[] = {{5000, 0}, {5000, 100}, {20000, 30}, {500, 200}, {32000, 250}};
-    for (const Case& c : cases) {
-        cOrbitalPDF r;
-        auto electron = std::make_unique<vt_test::FakeElectron>(
-            bump, vt_test::InfoWith(OptFactor::F8, OptFactor::F8));
-        electron->SetPDFScaleFactor(255.0);
-        A::Electron(r) = std::move(electron);
-        A::SetupRec(r).AtomRadius = 127;
-        A::SetupRec(r).DotTarget = c.target;
-        A::SetupRec(r).DotThreshold = c.threshold;
-        A::CalcProbabilities(r);
-
-        // Expectation and variance over every image of every point, weights by hand.
-        const ProbGrid& g = A::ProbMatrix(r);
-        double sum = 0;
-        for (int v = c.threshold; v < 256; ++v) sum += 1.0 * A::Stats(r).ProbFreqs[v] * v;
-        double mean = 0, variance = 0, formula = 0;
-        for (int z = 0; z < 128; ++z) {
-            for (int y = 0; y < 128; ++y) {
-                for (int x = 0; x < 128; ++x) {
-                    const int v = g(x, y, z);
-                    if (v <= c.threshold) continue;
-                    const int images = 1 << ((x > 0) + (y > 0) + (z > 0));
-                    const double a = v / sum * c.target;
-                    const double accept = a <= 1 ? std::nearbyint(a * 2147483647.0) : 2147483647.0;
-                    const double p = std::max(0.0, accept - 1.0) / 2147483646.0;
-                    mean += images * p;
-                    variance += images * p * (1 - p);
-                    formula += images * v;
-                }
-            }
-        }
-        formula = formula * c.target / sum;
-        modRand::Randomize(20001);
-        A::FillDotMatrix(r);
-        const double n = static_cast<double>(A::Dots(r).size());
-        EXPECT_NEAR(n, mean, 5 * std::sqrt(variance) + 1) << c.target << " " << int(c.threshold);
-        // Unsaturated cases follow the closed form DotTarget x sum(v > thr) / Sum.
-        if (c.target <= 5000) {
-            EXPECT_NEAR(mean, formula, 1e-6 * formula + 1);
         }
     }
 }

@@ -294,15 +294,12 @@ TEST(FindMaxProbability, DensityViewRefinesAShrinkingLattice) {
         e->record = true;
         EXPECT_EQ(A::FindMaxProbability(*r), c.max) << c.name;
         ASSERT_EQ(e->evaluations, 15 * 15 * 15 + 14 * 14 * 14) << c.name;
-        const COORDdoubleParams& first = e->points[15 * 15 * 15];
-        const COORDdoubleParams& last = e->points.back();
-        const double scale = 1.0;
-        EXPECT_DOUBLE_EQ(first.Xs, c.firstOfRound2.Xs * scale) << c.name;
-        EXPECT_DOUBLE_EQ(first.Ys, c.firstOfRound2.Ys * scale) << c.name;
-        EXPECT_DOUBLE_EQ(first.Zs, c.firstOfRound2.Zs * scale) << c.name;
-        EXPECT_DOUBLE_EQ(last.Xs, c.lastOfRound2.Xs * scale) << c.name;
-        EXPECT_DOUBLE_EQ(last.Ys, c.lastOfRound2.Ys * scale) << c.name;
-        EXPECT_DOUBLE_EQ(last.Zs, c.lastOfRound2.Zs * scale) << c.name;
+        for (const auto& [got, want] : {std::pair{e->points[15 * 15 * 15], c.firstOfRound2},
+                                        std::pair{e->points.back(), c.lastOfRound2}}) {
+            EXPECT_DOUBLE_EQ(got.Xs, want.Xs) << c.name;
+            EXPECT_DOUBLE_EQ(got.Ys, want.Ys) << c.name;
+            EXPECT_DOUBLE_EQ(got.Zs, want.Zs) << c.name;
+        }
     }
 }
 
