@@ -6,34 +6,24 @@
 #include "commands.h"
 #include "histogram_plot.h"
 #include "orbital_names.h"
+#include "serve_json.h"
 #include "session.h"
 
 namespace vtcli {
 
 namespace {
 
-nlohmann::json StatsJson(const vt_OrbInfo& info, int index, const vt_OrbitalSetup& setup,
-                         const vt_OrbitalStats& s) {
-    nlohmann::json freqs = nlohmann::json::array();
-    for (int32_t f : s.ProbFreqs) freqs.push_back(f);
-    return {
-        {"orbital",
-         {{"index", index},
-          {"name", info.Name},
-          {"key", CommandName(info)},
-          {"view", setup.OrbitalViewMode == VT_PDF ? "pdf" : "drpdf"},
-          {"AtomRadius", setup.AtomRadius},
-          {"DotThreshold", setup.DotThreshold}}},
-        {"FramesRendered", s.FramesRendered},
-        {"ProbFreqs", freqs},
-        {"TotalSamples", s.TotalSamples},
-        {"Mode", s.Mode},
-        {"CalcTime", s.CalcTime},
-        {"CalcRate", s.CalcRate},
-        {"DotTarget", s.DotTarget},
-        {"DotTotal", s.DotTotal},
-        {"DotTime", s.DotTime},
-    };
+// The statistics record as the viewer's API writes it, with the orbital it belongs to.
+nlohmann::json StatsWithOrbitalJson(const vt_OrbInfo& info, int index,
+                                    const vt_OrbitalSetup& setup, const vt_OrbitalStats& s) {
+    nlohmann::json j = StatsJson(s);
+    j["orbital"] = {{"index", index},
+                    {"name", info.Name},
+                    {"key", CommandName(info)},
+                    {"view", setup.OrbitalViewMode == VT_PDF ? "pdf" : "drpdf"},
+                    {"AtomRadius", setup.AtomRadius},
+                    {"DotThreshold", setup.DotThreshold}};
+    return j;
 }
 
 void PrintText(const vt_OrbInfo& info, int index, const vt_OrbitalSetup& setup,
@@ -79,7 +69,7 @@ int RunStats(const StatsArgs& args) {
     }
 
     if (args.json) {
-        std::printf("%s\n", StatsJson(info, index, setup, stats).dump(2).c_str());
+        std::printf("%s\n", StatsWithOrbitalJson(info, index, setup, stats).dump(2).c_str());
     } else {
         PrintText(info, index, setup, stats);
     }
