@@ -22,7 +22,7 @@ using veltara::RGBA;
 
 /// An electron whose unscaled density is a function the test chooses (by default the 1S shape
 /// e^(-2r), written here from the formula, not taken from the engine). Counts its evaluations.
-class FakeElectron : public veltara::cElectron {
+class PictureElectron : public veltara::cElectron {
 public:
     using Density = std::function<double(double x2, double y2, double z2)>;
 
@@ -30,7 +30,7 @@ public:
         return std::exp(-2.0 * std::sqrt(x2 + y2 + z2));
     }
 
-    explicit FakeElectron(Density pdf = OneS, Density drpdf = nullptr)
+    explicit PictureElectron(Density pdf = OneS, Density drpdf = nullptr)
         : mPdf(std::move(pdf)), mDrpdf(drpdf ? std::move(drpdf) : mPdf) {}
 
     void SetPDFScaleFactor(const double&) override {}
@@ -71,7 +71,7 @@ using Access = veltara::RendererTestAccess;
 
 /// A density-view renderer holding `electron` (owned) and, if given, a dot cloud.
 inline std::unique_ptr<veltara::cOrbitalPDF> MakeRenderer(
-    FakeElectron* electron = nullptr, std::vector<veltara::PointArray> dots = {},
+    PictureElectron* electron = nullptr, std::vector<veltara::PointArray> dots = {},
     double depthScale = 0.5, int16_t atomRadius = 10) {
     auto r = std::make_unique<veltara::cOrbitalPDF>();
     if (electron) Access::Electron(*r).reset(electron);

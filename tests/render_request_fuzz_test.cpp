@@ -22,7 +22,7 @@ std::unique_ptr<cOrbitalPDF> SmallRenderer(std::mt19937_64& rng) {
         dots.push_back({static_cast<int16_t>(coord(rng)), static_cast<int16_t>(coord(rng)),
                         static_cast<int16_t>(coord(rng)), static_cast<uint8_t>(i)});
     }
-    auto r = vt_test::MakeRenderer(new vt_test::FakeElectron(), dots,
+    auto r = vt_test::MakeRenderer(new vt_test::PictureElectron(), dots,
                                    127.0 / (127.0 * std::sqrt(3.0)), 9);
     ProbGrid& g = Access::ProbMatrix(*r);
     g.Reset();

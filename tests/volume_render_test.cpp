@@ -13,7 +13,7 @@ namespace {
 
 using namespace veltara;
 using vt_test::Access;
-using vt_test::FakeElectron;
+using vt_test::PictureElectron;
 
 RenderRequest Volume(RenderSize size, int16_t quality, VbBool final, double theta = 0,
                      double phi = 0) {
@@ -50,9 +50,9 @@ Vec Turn(Vec v, double theta, double phi) {
 struct Reference {
     int half, quality;
     Vec col, row, depth;
-    FakeElectron::Density density;
+    PictureElectron::Density density;
 
-    Reference(int res, int q, int16_t radius, double theta, double phi, FakeElectron::Density d)
+    Reference(int res, int q, int16_t radius, double theta, double phi, PictureElectron::Density d)
         : half(res / 2), quality(q), density(std::move(d)) {
         const double pixel = static_cast<float>(static_cast<double>(radius) / half);
         col = Turn({pixel, 0, 0}, theta, phi);
@@ -127,20 +127,20 @@ TEST(RenderVolume, FinishedPictureIsTheDepthWeightedRaySumOfTheDensity) {
                           {ViewMode::DRPDF, RenderSize::Main, 9, 12, 0.6, 0.25}};
     for (const Case& c : cases) {
         OrbitalRenderer r(c.view);
-        Access::Electron(r).reset(new FakeElectron(FakeElectron::OneS, radial));
+        Access::Electron(r).reset(new PictureElectron(PictureElectron::OneS, radial));
         Access::SetupRec(r).AtomRadius = c.radius;
         const RenderDCinfo info = r.GetRender(Volume(c.size, c.quality, kTrue, c.theta, c.phi));
         const bool main = c.size == RenderSize::Main;
         ExpectMatchesReference(
             vt_test::Surface(main ? info.MainHDC : info.NanoHDC), main ? 60 : 0,
             Reference(main ? 255 : 127, c.quality, c.radius, c.theta, c.phi,
-                      c.view == ViewMode::PDF ? FakeElectron::Density(FakeElectron::OneS) : radial));
+                      c.view == ViewMode::PDF ? PictureElectron::Density(PictureElectron::OneS) : radial));
     }
 }
 
 TEST(RenderVolume, FinishedMainPictureCoversExactlyTheSquareFrom60To314) {
     vt_test::FixedClock clock(100000);
-    auto r = vt_test::MakeRenderer(new FakeElectron([](double, double, double) { return 1.0; }));
+    auto r = vt_test::MakeRenderer(new PictureElectron([](double, double, double) { return 1.0; }));
     const cMemoryDCEx& s =
         vt_test::Surface(r->GetRender(Volume(RenderSize::Main, 6, kTrue)).MainHDC);
     for (int row = 0; row < 375; ++row) {
@@ -155,7 +155,7 @@ TEST(RenderVolume, FinishedMainPictureCoversExactlyTheSquareFrom60To314) {
 /// mVolFactor after one preview at a fixed clock (elapsed 0 counts as 50 ms, so the speed is 1
 /// and the factor becomes (Res / Quality + old) / 2).
 float FactorAfterPreview(float factor, int16_t quality, RenderSize size) {
-    auto r = vt_test::MakeRenderer(new FakeElectron());
+    auto r = vt_test::MakeRenderer(new PictureElectron());
     Access::VolFactor(*r) = factor;
     r->GetRender(Volume(size, quality, kFalse));
     return Access::VolFactor(*r);
@@ -187,7 +187,7 @@ TEST(RenderVolume, PreviewResolutionFollowsTheFactorCappedRaisedAndMadeOdd) {
 
 TEST(RenderVolume, PreviewFactorFollowsTheFrameTime) {
     vt_test::FixedClock clock(100000);
-    auto* fake = new FakeElectron();
+    auto* fake = new PictureElectron();
     bool first = true;
     fake->onBatch = [&] {
         if (first) clock.Advance(200);  // one 200 ms frame: speed sqrt(50 / 200) = 0.5
@@ -215,7 +215,7 @@ TEST(RenderVolume, QualityOutsideItsRangeFails) {
     };
     const Case cases[] = {{4, 9}, {11, 9}, {1, 9}, {255, 9}, {-1, 6}, {256, 6}};
     for (const Case& c : cases) {
-        auto* fake = new FakeElectron();
+        auto* fake = new PictureElectron();
         auto r = vt_test::MakeRenderer(fake);
         const RenderRequest q = Volume(RenderSize::Main, c.quality, kTrue);
         EXPECT_VT_ERROR(r->GetRender(q), c.error);
@@ -225,7 +225,7 @@ TEST(RenderVolume, QualityOutsideItsRangeFails) {
 
 TEST(RenderVolume, AllZeroDensityGivesABlackPicture) {
     vt_test::FixedClock clock(100000);
-    auto r = vt_test::MakeRenderer(new FakeElectron([](double, double, double) { return 0.0; }));
+    auto r = vt_test::MakeRenderer(new PictureElectron([](double, double, double) { return 0.0; }));
     const cMemoryDCEx& s =
         vt_test::Surface(r->GetRender(Volume(RenderSize::Nano, 7, kTrue)).NanoHDC);
     EXPECT_EQ(Reds(s), std::vector<uint8_t>(127 * 127, 0));
@@ -235,8 +235,8 @@ TEST(RenderVolume, AllZeroDensityGivesABlackPicture) {
 TEST(RenderVolume, DimFrameAfterABrightOneIsNormalisedByTheBrightMaximum) {
     vt_test::FixedClock clock(100000);
     double amplitude = 1.0;
-    auto r = vt_test::MakeRenderer(new FakeElectron([&](double x2, double y2, double z2) {
-        return amplitude * FakeElectron::OneS(x2, y2, z2);
+    auto r = vt_test::MakeRenderer(new PictureElectron([&](double x2, double y2, double z2) {
+        return amplitude * PictureElectron::OneS(x2, y2, z2);
     }));
     auto picture = [&](const RenderDCinfo& info) { return Reds(vt_test::Surface(info.NanoHDC)); };
     // The 1S density is the same in every direction, so a turned view (which the cache does
@@ -259,7 +259,7 @@ TEST(RenderVolume, DimFrameAfterABrightOneIsNormalisedByTheBrightMaximum) {
 
 struct CacheFixture {
     vt_test::FixedClock clock{100000};
-    FakeElectron* electron = new FakeElectron();
+    PictureElectron* electron = new PictureElectron();
     std::unique_ptr<cOrbitalPDF> renderer = vt_test::MakeRenderer(electron);
 
     CacheFixture() {
