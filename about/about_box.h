@@ -20,7 +20,7 @@ struct AboutBox {
 
 /// Implemented by the host.
 class AboutPresenter {
-public:
+  public:
     virtual ~AboutPresenter() = default;
     /// Shows the box as a modal dialog; returns when the user has closed it.
     virtual void ShowModal(const AboutBox& box) = 0;

@@ -60,8 +60,7 @@ BENCHMARK(BM_DotFrameMain)->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond
 
 void BM_Transect(benchmark::State& state) {
     auto r = Renderer3Dz2();
-    const RenderRequest q =
-        Request(RenderMode::Transect, static_cast<RenderSize>(state.range(0)));
+    const RenderRequest q = Request(RenderMode::Transect, static_cast<RenderSize>(state.range(0)));
     for (auto _ : state) benchmark::DoNotOptimize(r->GetRender(q));
 }
 BENCHMARK(BM_Transect)->Arg(375)->Arg(128)->Unit(benchmark::kMicrosecond);
@@ -98,10 +97,6 @@ void BM_PreviewAdaptation(benchmark::State& state) {
     state.counters["VolFactor"] = factor;
     state.counters["Res"] = res;
 }
-BENCHMARK(BM_PreviewAdaptation)
-    ->Arg(375)
-    ->Arg(128)
-    ->Iterations(60)
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PreviewAdaptation)->Arg(375)->Arg(128)->Iterations(60)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -1,13 +1,13 @@
 // Renderer costs: adding each catalogue orbital in each view, re-sampling a large cloud, and the
 // memory one orbital holds.
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <memory>
-#include <unistd.h>
 #include <vector>
 
 #include "engine/cOrbitalCol.h"
@@ -20,7 +20,9 @@ using namespace veltara;
 
 // A clock reading well above 32768 ms, so every setup gets a working seed.
 struct FixedSeedClock {
-    FixedSeedClock() { SetClock([] { return int32_t{1000000000}; }); }
+    FixedSeedClock() {
+        SetClock([] { return int32_t{1000000000}; });
+    }
     ~FixedSeedClock() { SetClock({}); }
 };
 
@@ -110,10 +112,10 @@ void BM_ReFill20000(benchmark::State& state) {
     state.counters["dots"] = dots;
 }
 BENCHMARK(BM_ReFill20000)
-    ->Args({0, 0})    // 1S density
-    ->Args({9, 0})    // 3Dz2 density
-    ->Args({36, 1})   // averaged 4S radial distribution: most of the cube above the threshold
-    ->Args({39, 0})   // averaged 4F density
+    ->Args({0, 0})   // 1S density
+    ->Args({9, 0})   // 3Dz2 density
+    ->Args({36, 1})  // averaged 4S radial distribution: most of the cube above the threshold
+    ->Args({39, 0})  // averaged 4F density
     ->Unit(benchmark::kMillisecond);
 
 // Resident memory, in pages of /proc/self/statm.

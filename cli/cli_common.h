@@ -26,7 +26,7 @@ int FileError(const std::string& problem);
 
 /// One engine for the life of a command.
 class Engine {
-public:
+  public:
     Engine() = default;
     ~Engine() { vt_destroy(mEngine); }
     Engine(const Engine&) = delete;
@@ -36,7 +36,7 @@ public:
     int32_t Create() { return vt_create(&mEngine); }
     vt_engine* get() const { return mEngine; }
 
-private:
+  private:
     vt_engine* mEngine = nullptr;
 };
 

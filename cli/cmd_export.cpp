@@ -27,12 +27,12 @@ int RunExport(const ExportArgs& args) {
 
     if (!args.cube.empty()) {
         const CubeGrid grid{setup.AtomRadius, static_cast<int32_t>(args.stride)};
-        const std::string title = "Veltara " + CommandName(info) + " " + view +
-                                  (setup.OrbitalViewMode == VT_PDF
-                                       ? ": normalised probability density, per cubic Bohr"
-                                       : ": normalised radially weighted density");
-        const int32_t rc = WriteCube(args.cube, static_cast<int16_t>(index),
-                                     setup.OrbitalViewMode, title, grid);
+        const std::string title =
+            "Veltara " + CommandName(info) + " " + view +
+            (setup.OrbitalViewMode == VT_PDF ? ": normalised probability density, per cubic Bohr"
+                                             : ": normalised radially weighted density");
+        const int32_t rc =
+            WriteCube(args.cube, static_cast<int16_t>(index), setup.OrbitalViewMode, title, grid);
         if (rc < 0) return FileError("cannot write " + args.cube);
         if (rc > 0) return EngineError(rc, "computing the density of " + CommandName(info));
         std::printf("wrote %s (%d points per axis)\n", args.cube.c_str(), grid.Points());

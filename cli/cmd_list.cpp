@@ -1,6 +1,5 @@
 // veltara list: the orbital catalogue as a table or as JSON.
 #include <cstdio>
-
 #include <nlohmann/json.hpp>
 
 #include "commands.h"
@@ -46,26 +45,25 @@ int RunList(const ListArgs& args) {
                 {"l", e.l},
                 {"M", e.M},
                 {"type", e.OrbType == VT_AVERAGE_ORBS ? "average" : "single"},
-                {"pdf", ViewJson(e.DefaultPDFAtomRadius, e.DefaultPDFDotThreshold,
-                                 e.PDFOptFactor)},
-                {"drpdf", ViewJson(e.DefaultDRPDFAtomRadius, e.DefaultDRPDFDotThreshold,
-                                   e.DRPDFOptFactor)},
+                {"pdf", ViewJson(e.DefaultPDFAtomRadius, e.DefaultPDFDotThreshold, e.PDFOptFactor)},
+                {"drpdf",
+                 ViewJson(e.DefaultDRPDFAtomRadius, e.DefaultDRPDFDotThreshold, e.DRPDFOptFactor)},
             });
         }
         std::printf("%s\n", list.dump(2).c_str());
         return kExitOk;
     }
 
-    std::printf("index  name          n  l   M  type     pdf radius/threshold  "
-                "drpdf radius/threshold  pdf opt  drpdf opt\n");
+    std::printf(
+        "index  name          n  l   M  type     pdf radius/threshold  "
+        "drpdf radius/threshold  pdf opt  drpdf opt\n");
     for (size_t i = 0; i < entries.size(); ++i) {
         const vt_OrbInfo& e = entries[i];
         std::printf("%5zu  %s %2d %2d %3d  %-7s  %10d/%-9d  %12d/%-9d  %-7s  %s\n", i,
                     Pad(CommandName(e), 12).c_str(), e.n, e.l, e.M,
                     e.OrbType == VT_AVERAGE_ORBS ? "average" : "single", e.DefaultPDFAtomRadius,
-                    e.DefaultPDFDotThreshold, e.DefaultDRPDFAtomRadius,
-                    e.DefaultDRPDFDotThreshold, OptFactorName(e.PDFOptFactor),
-                    OptFactorName(e.DRPDFOptFactor));
+                    e.DefaultPDFDotThreshold, e.DefaultDRPDFAtomRadius, e.DefaultDRPDFDotThreshold,
+                    OptFactorName(e.PDFOptFactor), OptFactorName(e.DRPDFOptFactor));
     }
     return kExitOk;
 }

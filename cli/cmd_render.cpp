@@ -13,8 +13,8 @@ namespace {
 
 /// Adds an orbital, renders the request and deletes the orbital again. With `thumbnail`, also
 /// renders the same request at the small size.
-int RenderOne(Session& session, const RenderArgs& args, int index,
-              const vt_RenderRequest& request, RgbImage& picture, RgbImage* thumbnail) {
+int RenderOne(Session& session, const RenderArgs& args, int index, const vt_RenderRequest& request,
+              RgbImage& picture, RgbImage* thumbnail) {
     const std::string name = CommandName(session.catalogue.entries[static_cast<size_t>(index)]);
     int16_t slot = 0;
     vt_OrbitalSetup setup{};
@@ -52,7 +52,8 @@ int RenderGallery(Session& session, const RenderArgs& args, const vt_RenderReque
         if (const int rc = SavePng(file, picture)) return rc;
         Blit(sheet, thumbnail, (i % kColumns) * kCell, (i / kColumns) * kCell);
     }
-    const std::string sheetFile = (std::filesystem::path(args.outDir) / "contact-sheet.png").string();
+    const std::string sheetFile =
+        (std::filesystem::path(args.outDir) / "contact-sheet.png").string();
     if (const int rc = SavePng(sheetFile, sheet)) return rc;
     std::printf("wrote %d pictures and %s\n", count, sheetFile.c_str());
     return kExitOk;
@@ -82,9 +83,8 @@ int RunRender(const RenderArgs& args) {
     RgbImage picture;
     if (const int rc = RenderOne(session, args, index, request, picture, nullptr)) return rc;
     const std::string file =
-        args.out.empty()
-            ? FileName(session.catalogue.entries[static_cast<size_t>(index)]) + ".png"
-            : args.out;
+        args.out.empty() ? FileName(session.catalogue.entries[static_cast<size_t>(index)]) + ".png"
+                         : args.out;
     if (const int rc = SavePng(file, picture)) return rc;
     std::printf("wrote %s (%dx%d)\n", file.c_str(), picture.width, picture.height);
     return kExitOk;

@@ -1,6 +1,5 @@
 // veltara stats: an orbital's statistics as text or JSON, and a plot of its histogram.
 #include <cstdio>
-
 #include <nlohmann/json.hpp>
 
 #include "commands.h"
@@ -14,8 +13,8 @@ namespace vtcli {
 namespace {
 
 // The statistics record as the viewer's API writes it, with the orbital it belongs to.
-nlohmann::json StatsWithOrbitalJson(const vt_OrbInfo& info, int index,
-                                    const vt_OrbitalSetup& setup, const vt_OrbitalStats& s) {
+nlohmann::json StatsWithOrbitalJson(const vt_OrbInfo& info, int index, const vt_OrbitalSetup& setup,
+                                    const vt_OrbitalStats& s) {
     nlohmann::json j = StatsJson(s);
     j["orbital"] = {{"index", index},
                     {"name", info.Name},

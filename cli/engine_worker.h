@@ -17,7 +17,7 @@ namespace vtcli {
 /// here (rather than on whichever server thread took the request) keeps dot clouds the same as
 /// a one-thread host would get: the generator that Add seeds is the one that later refills use.
 class EngineWorker {
-public:
+  public:
     /// Starts the thread and creates the engine on it; fixedClockMs > 0 fixes that thread's
     /// clock first. createError() tells whether the engine came up.
     explicit EngineWorker(int32_t fixedClockMs);
@@ -33,7 +33,7 @@ public:
     /// threads are served one at a time, in arrival order. job must not throw.
     void Run(const std::function<void(vt_engine*)>& job);
 
-private:
+  private:
     void Loop(int32_t fixedClockMs);
 
     std::mutex mMutex;

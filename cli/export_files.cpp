@@ -37,8 +37,8 @@ int32_t WriteCube(const std::string& path, int16_t orbital, int32_t view, const 
     // Header: two comment lines, the atom count with the origin, one line per axis (a positive
     // count means Bohr), then the one hydrogen atom (number, charge, position) at the nucleus.
     std::fprintf(file.get(), "%s\n", title.c_str());
-    std::fprintf(file.get(), "%d points per axis, step %.10g Bohr; x outer, y middle, z inner\n",
-                 n, step);
+    std::fprintf(file.get(), "%d points per axis, step %.10g Bohr; x outer, y middle, z inner\n", n,
+                 step);
     std::fprintf(file.get(), "%5d%12.6f%12.6f%12.6f\n", 1, origin, origin, origin);
     std::fprintf(file.get(), "%5d%12.6f%12.6f%12.6f\n", n, step, 0.0, 0.0);
     std::fprintf(file.get(), "%5d%12.6f%12.6f%12.6f\n", n, 0.0, step, 0.0);
@@ -84,8 +84,8 @@ bool WritePly(const std::string& path, const std::vector<vt_PointArray>& dots, i
                  comment.c_str(), dots.size());
     const double scale = radius / 127.0;
     for (const vt_PointArray& d : dots) {
-        std::fprintf(file.get(), "%.6g %.6g %.6g %d %d 0\n", d.X * scale, d.Y * scale,
-                     d.Z * scale, 255 - d.P, d.P);
+        std::fprintf(file.get(), "%.6g %.6g %.6g %d %d 0\n", d.X * scale, d.Y * scale, d.Z * scale,
+                     255 - d.P, d.P);
     }
     return std::fclose(file.release()) == 0;
 }

@@ -1,6 +1,5 @@
 // veltara: list the orbital catalogue, render pictures, print statistics and export data.
 #include <CLI/CLI.hpp>
-
 #include <cstdio>
 
 #include "commands.h"
@@ -49,8 +48,9 @@ int main(int argc, char** argv) {
                           "Gaussian cube file of the normalised density of the view over the "
                           "whole cube");
     exportCmd->add_option("--ply", exportArgs.ply, "ASCII PLY point cloud of the dots (Bohr)");
-    exportCmd->add_option("--stride", exportArgs.stride,
-                          "cube: every stride-th grid point (1: 255 points per axis)")
+    exportCmd
+        ->add_option("--stride", exportArgs.stride,
+                     "cube: every stride-th grid point (1: 255 points per axis)")
         ->capture_default_str();
     vtcli::AddOrbitalOptions(*exportCmd, exportArgs.setup);
 
@@ -60,21 +60,24 @@ int main(int argc, char** argv) {
     CLI::App* serve = app.add_subcommand(
         "serve",
         "the interactive viewer: a page and a JSON API over one engine, at http://HOST:PORT/ "
-        "(at most " + std::to_string(vtcli::kMaxLiveOrbitals) + " live orbitals, each holding a "
-        "2 MiB grid; request bodies up to " + std::to_string(vtcli::kMaxBodyBytes / 1024) +
-        " KiB); stops on Ctrl-C");
-    serve->add_option("--host", serveArgs.host,
-                      "address to listen on; keep the loopback default unless the network is "
-                      "trusted")
+        "(at most " +
+            std::to_string(vtcli::kMaxLiveOrbitals) +
+            " live orbitals, each holding a "
+            "2 MiB grid; request bodies up to " +
+            std::to_string(vtcli::kMaxBodyBytes / 1024) + " KiB); stops on Ctrl-C");
+    serve
+        ->add_option("--host", serveArgs.host,
+                     "address to listen on; keep the loopback default unless the network is "
+                     "trusted")
         ->capture_default_str();
     serve->add_option("--port", serveArgs.port, "TCP port; 0 picks a free one")
         ->capture_default_str();
     serve->add_option("--clock", serveArgs.clockMs,
                       "fix the millisecond clock (the random seed) for reproducible dots; "
                       "above 32768");
-    serve->add_option("--max-orbitals", serveArgs.maxOrbitals,
-                      "live orbitals allowed at once, 1.." +
-                          std::to_string(vtcli::kMaxLiveOrbitals))
+    serve
+        ->add_option("--max-orbitals", serveArgs.maxOrbitals,
+                     "live orbitals allowed at once, 1.." + std::to_string(vtcli::kMaxLiveOrbitals))
         ->capture_default_str();
 
     // CLI11 reports bad arguments by throwing; help is also delivered this way.

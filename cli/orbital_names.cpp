@@ -12,9 +12,8 @@ namespace {
 bool IsAverage(const vt_OrbInfo& info) { return info.OrbType == VT_AVERAGE_ORBS; }
 
 bool AllDigits(const std::string& s) {
-    return !s.empty() && std::all_of(s.begin(), s.end(), [](unsigned char c) {
-               return std::isdigit(c) != 0;
-           });
+    return !s.empty() &&
+           std::all_of(s.begin(), s.end(), [](unsigned char c) { return std::isdigit(c) != 0; });
 }
 
 /// The rest of a normalised name after an "avg" or "av" prefix that is followed by a digit;
@@ -133,8 +132,8 @@ Resolution ResolveOrbital(const std::string& text, const Catalogue& catalogue) {
         if (r.index < 0) r.index = FindName(catalogue, norm, true);
     }
     if (r.index < 0) {
-        r.problem = "unknown orbital '" + text + "'; close matches: " +
-                    CloseMatches(catalogue, norm) + " (see 'veltara list')";
+        r.problem = "unknown orbital '" + text +
+                    "'; close matches: " + CloseMatches(catalogue, norm) + " (see 'veltara list')";
     }
     return r;
 }

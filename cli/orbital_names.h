@@ -25,8 +25,8 @@ size_t EditDistance(const std::string& a, const std::string& b);
 
 /// The result of resolving an orbital argument.
 struct Resolution {
-    int index = -1;           ///< 0..39 when found
-    std::string problem;      ///< why not, for the message, when not found
+    int index = -1;       ///< 0..39 when found
+    std::string problem;  ///< why not, for the message, when not found
 };
 
 /// Resolves an index ("9") or a name, case-insensitive, with ² ³ or 2 3: a single orbital's

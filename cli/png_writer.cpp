@@ -39,8 +39,8 @@ std::string WritePng(const std::string& path, const RgbImage& image) {
     png.width = static_cast<png_uint_32>(image.width);
     png.height = static_cast<png_uint_32>(image.height);
     png.format = PNG_FORMAT_RGB;
-    const int ok = png_image_write_to_file(&png, path.c_str(), 0, image.rgb.data(),
-                                           image.width * 3, nullptr);
+    const int ok =
+        png_image_write_to_file(&png, path.c_str(), 0, image.rgb.data(), image.width * 3, nullptr);
     std::string problem = ok ? "" : png.message;
     png_image_free(&png);
     return problem;
@@ -55,8 +55,8 @@ std::string EncodePng(const RgbImage& image, std::vector<uint8_t>& out) {
     png.format = PNG_FORMAT_RGB;
     // The first call measures, the second writes.
     png_alloc_size_t size = 0;
-    int ok = png_image_write_to_memory(&png, nullptr, &size, 0, image.rgb.data(),
-                                       image.width * 3, nullptr);
+    int ok = png_image_write_to_memory(&png, nullptr, &size, 0, image.rgb.data(), image.width * 3,
+                                       nullptr);
     if (ok) {
         out.resize(size);
         ok = png_image_write_to_memory(&png, out.data(), &size, 0, image.rgb.data(),

@@ -40,22 +40,22 @@ vt_bool Flag(bool on) { return on ? VT_TRUE : VT_FALSE; }
 }  // namespace
 
 void AddOrbitalOptions(CLI::App& command, OrbitalOptions& o) {
-    command.add_option("--view", o.view, "pdf (probability density) or drpdf (radial distribution)")
+    command
+        .add_option("--view", o.view, "pdf (probability density) or drpdf (radial distribution)")
         ->capture_default_str();
     o.radiusOption = command.add_option(
         "--radius", o.radius, "atom radius in Bohr radii, 1..32767 (default: the catalogue's)");
     command.add_option("--dots", o.dots, "dots wanted, 0..32767")->capture_default_str();
-    o.thresholdOption = command.add_option(
-        "--threshold", o.threshold, "lowest probability level of a dot, 0..255 "
-                                    "(default: the catalogue's)");
+    o.thresholdOption = command.add_option("--threshold", o.threshold,
+                                           "lowest probability level of a dot, 0..255 "
+                                           "(default: the catalogue's)");
     o.clockOption = command.add_option(
         "--clock", o.clockMs,
         "fix the millisecond clock (the random seed) for reproducible dots; above 32768");
 }
 
 void AddRequestOptions(CLI::App& command, RequestOptions& o) {
-    command.add_option("--mode", o.mode,
-                       "orthographic|perspective|anaglyph|volumetric|transect")
+    command.add_option("--mode", o.mode, "orthographic|perspective|anaglyph|volumetric|transect")
         ->capture_default_str();
     command.add_option("--size", o.size, "main (375 pixels) or nano (127); also 375 or 128")
         ->capture_default_str();
@@ -67,9 +67,9 @@ void AddRequestOptions(CLI::App& command, RequestOptions& o) {
         ->capture_default_str();
     command.add_option("--stereo", o.stereo, "stereo factor of anaglyphs (not 0)")
         ->capture_default_str();
-    command.add_option("--transect", o.transect, "slice number, -127..127")
-        ->capture_default_str();
-    command.add_option("--transect-dir", o.transectDir, "axis across which the slice is cut: x|y|z")
+    command.add_option("--transect", o.transect, "slice number, -127..127")->capture_default_str();
+    command
+        .add_option("--transect-dir", o.transectDir, "axis across which the slice is cut: x|y|z")
         ->capture_default_str();
     command.add_flag("--transector", o.transector, "outline the slice on dot and volume pictures");
     command.add_flag("--coloured-transector", o.colouredTransector,
@@ -116,10 +116,9 @@ int MakeSetup(const OrbitalOptions& o, const vt_OrbInfo& info, int index, vt_Orb
 int MakeRequest(const RequestOptions& o, vt_RenderRequest& r) {
     r = vt_RenderRequest{};
     int32_t mode = 0, dir = 0, size = 0;
-    if (const int rc = ParseName<5>("--mode", o.mode,
-                                    {"orthographic", "perspective", "anaglyph", "volumetric",
-                                     "transect"},
-                                    mode)) {
+    if (const int rc = ParseName<5>(
+            "--mode", o.mode, {"orthographic", "perspective", "anaglyph", "volumetric", "transect"},
+            mode)) {
         return rc;
     }
     if (const int rc = ParseName<3>("--transect-dir", o.transectDir, {"x", "y", "z"}, dir)) {

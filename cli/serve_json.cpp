@@ -36,8 +36,8 @@ ApiError TypeError(const std::string& field, const std::string& expected) {
 
 ApiError RangeError(const std::string& field, const json& value, int64_t lo, int64_t hi) {
     return {422, 6,
-            "Overflow: " + field + " " + value.dump() + " is outside " + std::to_string(lo) +
-                ".." + std::to_string(hi),
+            "Overflow: " + field + " " + value.dump() + " is outside " + std::to_string(lo) + ".." +
+                std::to_string(hi),
             field};
 }
 
@@ -50,13 +50,14 @@ std::string Lower(const std::string& text) {
 /// Refuses fields the record does not have, so that a misspelt field is not silently ignored.
 ApiError CheckFields(const json& body, std::initializer_list<const char*> known) {
     for (const auto& [key, value] : body.items()) {
-        const bool found = std::any_of(known.begin(), known.end(),
-                                       [&](const char* name) { return key == name; });
+        const bool found =
+            std::any_of(known.begin(), known.end(), [&](const char* name) { return key == name; });
         if (!found) {
             std::string list;
             for (const char* name : known) list += (list.empty() ? "" : ", ") + std::string(name);
-            return {400, 5, "Invalid procedure call or argument: unknown field '" + key +
-                                "' (known: " + list + ")",
+            return {400, 5,
+                    "Invalid procedure call or argument: unknown field '" + key +
+                        "' (known: " + list + ")",
                     key};
         }
     }
@@ -184,10 +185,10 @@ ApiError ParseRenderRequest(const json& body, vt_RenderRequest& r, PictureFormat
         const char* name;
         int16_t* field;
     };
-    for (const Short& s : {Short{"CameraPos", &r.CameraPos},
-                           Short{"ProjectionPlane", &r.ProjectionPlane},
-                           Short{"TransectNo", &r.TransectNo}, Short{"VolQuality", &r.VolQuality},
-                           Short{"StereoFactor", &r.StereoFactor}}) {
+    for (const Short& s :
+         {Short{"CameraPos", &r.CameraPos}, Short{"ProjectionPlane", &r.ProjectionPlane},
+          Short{"TransectNo", &r.TransectNo}, Short{"VolQuality", &r.VolQuality},
+          Short{"StereoFactor", &r.StereoFactor}}) {
         int64_t n = *s.field;
         if ((e = ReadInt(body, s.name, INT16_MIN, INT16_MAX, n)).failed()) return e;
         *s.field = static_cast<int16_t>(n);
@@ -238,8 +239,8 @@ ApiError ParseRenderRequest(const json& body, vt_RenderRequest& r, PictureFormat
 }
 
 ApiError ParseSetup(const json& body, const vt_OrbInfo catalogue[40], vt_OrbitalSetup& s) {
-    if (const ApiError e = CheckFields(body, {"OrbitalIndex", "OrbitalViewMode", "AtomRadius",
-                                              "DotThreshold", "DotTarget"});
+    if (const ApiError e = CheckFields(
+            body, {"OrbitalIndex", "OrbitalViewMode", "AtomRadius", "DotThreshold", "DotTarget"});
         e.failed()) {
         return e;
     }
@@ -280,8 +281,8 @@ ApiError ParseRefill(const json& body, uint8_t& threshold, int32_t& target) {
     if (const ApiError e = CheckFields(body, {"Threshold", "Target"}); e.failed()) return e;
     for (const char* field : {"Threshold", "Target"}) {
         if (!body.contains(field)) {
-            return {400, 5, std::string("Invalid procedure call or argument: ") + field +
-                                " is required",
+            return {400, 5,
+                    std::string("Invalid procedure call or argument: ") + field + " is required",
                     field};
         }
     }

@@ -2,9 +2,8 @@
 // engine's records written back as JSON.
 #pragma once
 
-#include <nlohmann/json.hpp>
-
 #include <cstdint>
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "veltara.h"

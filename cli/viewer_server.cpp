@@ -2,12 +2,12 @@
 #include "viewer_server.h"
 
 #include <httplib.h>
-#include <nlohmann/json.hpp>
 #include <pthread.h>
 #include <signal.h>
 
 #include <cstdio>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <thread>
 #include <vector>
 
@@ -182,7 +182,8 @@ int RunServe(const ServeArgs& args) {
             if (const int32_t rc = vt_add(e, &setup, &handle)) {
                 // A failed setup leaves its renderer in the slot: free it and its grid.
                 vt_delete(e, expected);
-                error = EngineApiError(rc, "adding " + CommandName(state.catalogue[setup.OrbitalIndex]));
+                error = EngineApiError(
+                    rc, "adding " + CommandName(state.catalogue[setup.OrbitalIndex]));
                 if (error.status == 404) error.status = 422;
                 return;
             }
@@ -196,21 +197,21 @@ int RunServe(const ServeArgs& args) {
         SendJson(res, 201, reply);
     });
 
-    server.Delete(R"(/api/orbitals/(-?\d+))",
-                  [&](const httplib::Request& req, httplib::Response& res) {
-                      ApiError error;
-                      int16_t handle = 0;
-                      worker.Run([&](vt_engine* e) {
-                          if ((error = FindHandle(state, req.matches[1], handle)).failed()) return;
-                          if (const int32_t rc = vt_delete(e, handle)) {
-                              error = EngineApiError(rc, "deleting orbital " + std::to_string(handle));
-                              return;
-                          }
-                          state.live.erase(handle);
-                      });
-                      if (error.failed()) return SendError(res, error);
-                      SendJson(res, 200, {{"deleted", handle}});
-                  });
+    server.Delete(
+        R"(/api/orbitals/(-?\d+))", [&](const httplib::Request& req, httplib::Response& res) {
+            ApiError error;
+            int16_t handle = 0;
+            worker.Run([&](vt_engine* e) {
+                if ((error = FindHandle(state, req.matches[1], handle)).failed()) return;
+                if (const int32_t rc = vt_delete(e, handle)) {
+                    error = EngineApiError(rc, "deleting orbital " + std::to_string(handle));
+                    return;
+                }
+                state.live.erase(handle);
+            });
+            if (error.failed()) return SendError(res, error);
+            SendJson(res, 200, {{"deleted", handle}});
+        });
 
     server.Get(R"(/api/orbitals/(-?\d+)/stats)",
                [&](const httplib::Request& req, httplib::Response& res) {
@@ -227,97 +228,94 @@ int RunServe(const ServeArgs& args) {
                    SendJson(res, 200, StatsJson(stats));
                });
 
-    server.Post(R"(/api/orbitals/(-?\d+)/refill)",
-                [&](const httplib::Request& req, httplib::Response& res) {
-                    json body;
-                    if (const ApiError e = ParseBody(req.body, body); e.failed()) {
-                        return SendError(res, e);
-                    }
-                    ApiError error;
-                    vt_OrbitalStats stats{};
-                    worker.Run([&](vt_engine* e) {
-                        int16_t handle = 0;
-                        if ((error = FindHandle(state, req.matches[1], handle)).failed()) return;
-                        uint8_t threshold = 0;
-                        int32_t target = 0;
-                        if ((error = ParseRefill(body, threshold, target)).failed()) return;
-                        vt_Variant index{};
-                        index.kind = VT_VARIANT_INT16;
-                        index.value.i16 = handle;
-                        int32_t result = 0;
-                        if (const int32_t rc =
-                                vt_refill_dot_matrix(e, &index, threshold, target, &result)) {
-                            error = EngineApiError(rc, "re-filling the dot cloud");
-                            if (error.status == 404) error.status = 422;
-                            return;
-                        }
-                        vt_get_setup(e, handle, &state.live[handle].setup);
-                        vt_get_stats(e, handle, &stats);
-                    });
-                    if (error.failed()) return SendError(res, error);
-                    SendJson(res, 200, StatsJson(stats));
-                });
+    server.Post(R"(/api/orbitals/(-?\d+)/refill)", [&](const httplib::Request& req,
+                                                       httplib::Response& res) {
+        json body;
+        if (const ApiError e = ParseBody(req.body, body); e.failed()) {
+            return SendError(res, e);
+        }
+        ApiError error;
+        vt_OrbitalStats stats{};
+        worker.Run([&](vt_engine* e) {
+            int16_t handle = 0;
+            if ((error = FindHandle(state, req.matches[1], handle)).failed()) return;
+            uint8_t threshold = 0;
+            int32_t target = 0;
+            if ((error = ParseRefill(body, threshold, target)).failed()) return;
+            vt_Variant index{};
+            index.kind = VT_VARIANT_INT16;
+            index.value.i16 = handle;
+            int32_t result = 0;
+            if (const int32_t rc = vt_refill_dot_matrix(e, &index, threshold, target, &result)) {
+                error = EngineApiError(rc, "re-filling the dot cloud");
+                if (error.status == 404) error.status = 422;
+                return;
+            }
+            vt_get_setup(e, handle, &state.live[handle].setup);
+            vt_get_stats(e, handle, &stats);
+        });
+        if (error.failed()) return SendError(res, error);
+        SendJson(res, 200, StatsJson(stats));
+    });
 
-    server.Post(R"(/api/orbitals/(-?\d+)/render)",
-                [&](const httplib::Request& req, httplib::Response& res) {
-                    json body;
-                    if (const ApiError e = ParseBody(req.body, body); e.failed()) {
-                        return SendError(res, e);
-                    }
-                    vt_RenderRequest request{};
-                    PictureFormat format = PictureFormat::Bgra;
-                    if (const ApiError e = ParseRenderRequest(body, request, format); e.failed()) {
-                        return SendError(res, e);
-                    }
-                    ApiError error;
-                    std::vector<uint8_t> bgra;
-                    int32_t width = 0, height = 0;
-                    vt_RenderDCinfo dc{};
-                    worker.Run([&](vt_engine* e) {
-                        int16_t handle = 0;
-                        if ((error = FindHandle(state, req.matches[1], handle)).failed()) return;
-                        int32_t rc = vt_get_render(e, handle, &request, &dc);
-                        if (rc != 0) {
-                            error = EngineApiError(rc, "rendering orbital " + std::to_string(handle));
-                            if (error.status == 404) error.status = 422;
-                            return;
-                        }
-                        // The handle of the size drawn (a size the engine does not draw, such
-                        // as 200, leaves the old picture, or none).
-                        const int32_t hdc = request.Size == VT_MAIN ? dc.MainHDC : dc.NanoHDC;
-                        if ((rc = vt_surface_info(hdc, &width, &height)) == 0) {
-                            bgra.resize(static_cast<size_t>(width) * static_cast<size_t>(height) * 4);
-                            rc = vt_surface_read(hdc, bgra.data(), bgra.size());
-                        }
-                        if (rc != 0) {
-                            error = EngineApiError(rc, "reading the picture");
-                            error.status = 422;
-                        }
-                    });
-                    if (error.failed()) return SendError(res, error);
-                    res.set_header("X-Width", std::to_string(width));
-                    res.set_header("X-Height", std::to_string(height));
-                    res.set_header("X-Main-HDC", std::to_string(dc.MainHDC));
-                    res.set_header("X-Nano-HDC", std::to_string(dc.NanoHDC));
-                    if (format == PictureFormat::Png) {
-                        std::vector<uint8_t> png;
-                        const std::string problem =
-                            EncodePng(FromBgra(bgra, width, height), png);
-                        if (!problem.empty()) {
-                            return SendError(res, {500, 5, "PNG encoding failed: " + problem, ""});
-                        }
-                        res.set_content(reinterpret_cast<const char*>(png.data()), png.size(),
-                                        "image/png");
-                    } else {
-                        res.set_content(reinterpret_cast<const char*>(bgra.data()), bgra.size(),
-                                        "application/octet-stream");
-                    }
-                });
+    server.Post(R"(/api/orbitals/(-?\d+)/render)", [&](const httplib::Request& req,
+                                                       httplib::Response& res) {
+        json body;
+        if (const ApiError e = ParseBody(req.body, body); e.failed()) {
+            return SendError(res, e);
+        }
+        vt_RenderRequest request{};
+        PictureFormat format = PictureFormat::Bgra;
+        if (const ApiError e = ParseRenderRequest(body, request, format); e.failed()) {
+            return SendError(res, e);
+        }
+        ApiError error;
+        std::vector<uint8_t> bgra;
+        int32_t width = 0, height = 0;
+        vt_RenderDCinfo dc{};
+        worker.Run([&](vt_engine* e) {
+            int16_t handle = 0;
+            if ((error = FindHandle(state, req.matches[1], handle)).failed()) return;
+            int32_t rc = vt_get_render(e, handle, &request, &dc);
+            if (rc != 0) {
+                error = EngineApiError(rc, "rendering orbital " + std::to_string(handle));
+                if (error.status == 404) error.status = 422;
+                return;
+            }
+            // The handle of the size drawn (a size the engine does not draw, such
+            // as 200, leaves the old picture, or none).
+            const int32_t hdc = request.Size == VT_MAIN ? dc.MainHDC : dc.NanoHDC;
+            if ((rc = vt_surface_info(hdc, &width, &height)) == 0) {
+                bgra.resize(static_cast<size_t>(width) * static_cast<size_t>(height) * 4);
+                rc = vt_surface_read(hdc, bgra.data(), bgra.size());
+            }
+            if (rc != 0) {
+                error = EngineApiError(rc, "reading the picture");
+                error.status = 422;
+            }
+        });
+        if (error.failed()) return SendError(res, error);
+        res.set_header("X-Width", std::to_string(width));
+        res.set_header("X-Height", std::to_string(height));
+        res.set_header("X-Main-HDC", std::to_string(dc.MainHDC));
+        res.set_header("X-Nano-HDC", std::to_string(dc.NanoHDC));
+        if (format == PictureFormat::Png) {
+            std::vector<uint8_t> png;
+            const std::string problem = EncodePng(FromBgra(bgra, width, height), png);
+            if (!problem.empty()) {
+                return SendError(res, {500, 5, "PNG encoding failed: " + problem, ""});
+            }
+            res.set_content(reinterpret_cast<const char*>(png.data()), png.size(), "image/png");
+        } else {
+            res.set_content(reinterpret_cast<const char*>(bgra.data()), bgra.size(),
+                            "application/octet-stream");
+        }
+    });
 
     // ---- Everything else: JSON errors, never an empty page ----
     // httplib calls this for every status from 400 on; answers the API made keep their body.
-    server.set_error_handler(httplib::Server::HandlerWithResponse(
-        [](const httplib::Request& req, httplib::Response& res) {
+    server.set_error_handler(httplib::Server::HandlerWithResponse([](const httplib::Request& req,
+                                                                     httplib::Response& res) {
         using Result = httplib::Server::HandlerResponse;
         if (!res.body.empty()) return Result::Unhandled;
         if (res.status == 413) {
@@ -326,15 +324,15 @@ int RunServe(const ServeArgs& args) {
                                 std::to_string(kMaxBodyBytes) + " bytes",
                             ""});
         } else if (res.status == 404) {
-            SendError(res, {404, 5,
-                            "Invalid procedure call or argument: no route " + req.method + " " +
-                                req.path,
-                            ""});
+            SendError(
+                res, {404, 5,
+                      "Invalid procedure call or argument: no route " + req.method + " " + req.path,
+                      ""});
         } else {
-            SendError(res, {res.status, 5,
-                            "Invalid procedure call or argument: HTTP " +
-                                std::to_string(res.status),
-                            ""});
+            SendError(
+                res,
+                {res.status, 5,
+                 "Invalid procedure call or argument: HTTP " + std::to_string(res.status), ""});
         }
         return Result::Handled;
     }));

@@ -13,8 +13,8 @@ inline constexpr size_t kMaxBodyBytes = 64 * 1024;
 
 struct ServeArgs {
     std::string host = "127.0.0.1";
-    int64_t port = 8375;        ///< 0: any free port
-    int64_t clockMs = 0;        ///< 0: the system clock; else fixed (above 32768)
+    int64_t port = 8375;  ///< 0: any free port
+    int64_t clockMs = 0;  ///< 0: the system clock; else fixed (above 32768)
     int64_t maxOrbitals = kMaxLiveOrbitals;
 };
 

@@ -15,7 +15,7 @@ namespace veltara {
 /// 5 for the square root of a negative sum of squares, and the floating-point errors
 /// (5 invalid, 6 infinite) of a non-finite result.
 class cElectron {
-public:
+  public:
     virtual ~cElectron() = default;
 
     /// Multiplier mapping the unscaled density to 0..255. Stored unchecked.

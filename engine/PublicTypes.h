@@ -61,21 +61,21 @@ enum class OptFactor : int32_t {
 
 /// One picture that the caller asks for (48 bytes).
 struct RenderRequest {
-    double Theta = 0;            ///< first viewing angle, radians
-    double Phi = 0;              ///< second viewing angle, radians
-    int16_t CameraPos = 0;       ///< camera distance for central projections
-    int16_t ProjectionPlane = 0; ///< Y of the plane central projections draw onto
-    int16_t TransectNo = 0;      ///< slice index (taken by absolute value)
-    VbBool Transector = kFalse;  ///< draw the slice outline on dot and volume pictures
+    double Theta = 0;             ///< first viewing angle, radians
+    double Phi = 0;               ///< second viewing angle, radians
+    int16_t CameraPos = 0;        ///< camera distance for central projections
+    int16_t ProjectionPlane = 0;  ///< Y of the plane central projections draw onto
+    int16_t TransectNo = 0;       ///< slice index (taken by absolute value)
+    VbBool Transector = kFalse;   ///< draw the slice outline on dot and volume pictures
     TransectDirection TransectDir = TransectDirection::AlongX;
     RenderSize Size = RenderSize::Main;  ///< 375 selects the main surface, anything else the small
     RenderMode Mode = RenderMode::Orthographic;
-    int16_t VolQuality = 0;      ///< volume samples per ray: 0 (means 5) or 5..10
-    VbBool VolFinal = kFalse;    ///< a finished volume picture, not a preview
+    int16_t VolQuality = 0;    ///< volume samples per ray: 0 (means 5) or 5..10
+    VbBool VolFinal = kFalse;  ///< a finished volume picture, not a preview
     VbBool ShowProbLevelOnDots = kFalse;
     VbBool ShowProbLevelOnTrans = kFalse;
     VbBool UseColouredTransector = kFalse;
-    int16_t StereoFactor = 0;    ///< divisor of the eye separation of anaglyphs
+    int16_t StereoFactor = 0;  ///< divisor of the eye separation of anaglyphs
 };
 
 /// Device handles of a renderer's two surfaces as last drawn (0 before the first picture).
@@ -86,26 +86,26 @@ struct RenderDCinfo {
 
 /// How to add an orbital.
 struct OrbitalSetup {
-    int16_t AtomRadius = 0;      ///< half the edge of the sampled cube, Bohr radii
-    int16_t DotTarget = 0;       ///< dots wanted
-    uint8_t DotThreshold = 0;    ///< lowest scaled probability a dot may have (unsigned)
+    int16_t AtomRadius = 0;    ///< half the edge of the sampled cube, Bohr radii
+    int16_t DotTarget = 0;     ///< dots wanted
+    uint8_t DotThreshold = 0;  ///< lowest scaled probability a dot may have (unsigned)
     uint8_t Reserved = 0;
-    int16_t OrbitalIndex = 0;    ///< catalogue index 0..39
+    int16_t OrbitalIndex = 0;  ///< catalogue index 0..39
     ViewMode OrbitalViewMode = ViewMode::PDF;
 };
 
 /// Statistics of one orbital's renderer (1056 bytes).
 struct OrbitalStats {
-    int32_t FramesRendered = 0;  ///< GetRender calls served, saturating at 2147483647
-    int32_t ProbFreqs[256] = {}; ///< grid samples (with mirror images) per probability level
-    int32_t TotalSamples = 0;    ///< always 2097152
-    uint8_t Mode = 0;            ///< the most frequent level (lowest on a tie)
+    int32_t FramesRendered = 0;   ///< GetRender calls served, saturating at 2147483647
+    int32_t ProbFreqs[256] = {};  ///< grid samples (with mirror images) per probability level
+    int32_t TotalSamples = 0;     ///< always 2097152
+    uint8_t Mode = 0;             ///< the most frequent level (lowest on a tie)
     uint8_t Reserved[3] = {};
-    int32_t CalcTime = 0;        ///< ms spent on the probability grid (at least 1)
-    int32_t CalcRate = 0;        ///< samples per ms
-    int32_t DotTarget = 0;       ///< dots asked for
-    int32_t DotTotal = 0;        ///< dots held
-    int32_t DotTime = 0;         ///< ms spent filling the dot cloud
+    int32_t CalcTime = 0;   ///< ms spent on the probability grid (at least 1)
+    int32_t CalcRate = 0;   ///< samples per ms
+    int32_t DotTarget = 0;  ///< dots asked for
+    int32_t DotTotal = 0;   ///< dots held
+    int32_t DotTime = 0;    ///< ms spent filling the dot cloud
 };
 
 /// One catalogue entry. Name is UTF-16 here; the C interface hands out UTF-8.

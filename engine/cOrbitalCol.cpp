@@ -105,9 +105,14 @@ int16_t cOrbitalCol::Add(const OrbitalSetup& Info) {
     // 2. The renderer of the view; any other view leaves the slot empty.
     std::unique_ptr<cOrbital>& slot = mOrbitals[static_cast<size_t>(mNextOrbIndex)];
     switch (Info.OrbitalViewMode) {
-        case ViewMode::PDF: slot = std::make_unique<cOrbitalPDF>(); break;
-        case ViewMode::DRPDF: slot = std::make_unique<cOrbitalDRPDF>(); break;
-        default: break;
+        case ViewMode::PDF:
+            slot = std::make_unique<cOrbitalPDF>();
+            break;
+        case ViewMode::DRPDF:
+            slot = std::make_unique<cOrbitalDRPDF>();
+            break;
+        default:
+            break;
     }
 
     // 3. The whole calculation. An error leaves the renderer in its slot and the next index

@@ -28,7 +28,7 @@ int32_t ConvertOrbitalIndex(const OrbitalIndexValue& index);
 /// Slots 0..UBound(); a slot is empty until Add fills it and again after Delete. Indices are
 /// stable: deleting one orbital never renumbers another, and Add reuses the lowest empty slot.
 class cOrbitalCol {
-public:
+  public:
     /// One empty slot (bounds 0 to 0); the next Add fills slot 0.
     cOrbitalCol();
     ~cOrbitalCol();
@@ -68,7 +68,7 @@ public:
     /// The renderer in slot `index`, nullptr for an empty slot. Raises 9 outside the bounds.
     const OrbitalRenderer* Renderer(int16_t index) const;
 
-private:
+  private:
     friend struct OrbitalColTestAccess;
 
     void FindNextOrbIndex();

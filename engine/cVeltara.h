@@ -11,7 +11,7 @@
 namespace veltara {
 
 class cVeltara {
-public:
+  public:
     /// The orbital collection, created empty on first use.
     std::shared_ptr<cOrbitalCol> Orbitals();
     /// Replaces the collection; a null one makes the next read create a fresh collection.
@@ -27,7 +27,7 @@ public:
     /// then top-most. Does nothing when no presenter is installed.
     void About();
 
-private:
+  private:
     std::shared_ptr<cOrbitalCol> mOrbitals;
 };
 

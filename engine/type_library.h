@@ -1,4 +1,5 @@
-// Identity of the engine's type library: the fixed identifiers of its classes, interfaces and types.
+// Identity of the engine's type library: the fixed identifiers of its classes, interfaces and
+// types.
 #pragma once
 
 #include <string_view>

@@ -20,11 +20,16 @@ namespace {
 /// convert (13), like a string that is not a number.
 veltara::OrbitalIndexValue ToIndexValue(const vt_Variant& v) {
     switch (v.kind) {
-        case VT_VARIANT_INT16: return v.value.i16;
-        case VT_VARIANT_INT32: return v.value.i32;
-        case VT_VARIANT_DOUBLE: return v.value.f64;
-        case VT_VARIANT_STRING: return std::string(v.value.str);
-        default: veltara::Raise(veltara::kErrTypeMismatch);
+        case VT_VARIANT_INT16:
+            return v.value.i16;
+        case VT_VARIANT_INT32:
+            return v.value.i32;
+        case VT_VARIANT_DOUBLE:
+            return v.value.f64;
+        case VT_VARIANT_STRING:
+            return std::string(v.value.str);
+        default:
+            veltara::Raise(veltara::kErrTypeMismatch);
     }
 }
 

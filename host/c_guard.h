@@ -30,7 +30,7 @@ int32_t Guard(Body&& body) noexcept {
 }
 
 /// Numbers for the interface's own argument checks.
-inline constexpr int32_t kNullArgument = 5;   ///< a NULL out pointer or needed input
-inline constexpr int32_t kNullObject = 91;    ///< a NULL engine or surface
+inline constexpr int32_t kNullArgument = 5;  ///< a NULL out pointer or needed input
+inline constexpr int32_t kNullObject = 91;   ///< a NULL engine or surface
 
 }  // namespace veltara::host

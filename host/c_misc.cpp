@@ -13,7 +13,7 @@ namespace {
 
 /// A presenter made of the host's two C callbacks.
 class CallbackPresenter final : public veltara::AboutPresenter {
-public:
+  public:
     CallbackPresenter(void (*show)(const vt_AboutBox*, void*), void (*topMost)(vt_bool, void*),
                       void* ctx)
         : mShow(show), mTopMost(topMost), mCtx(ctx) {}
@@ -27,7 +27,7 @@ public:
         if (mTopMost != nullptr) mTopMost(OnTop ? VT_TRUE : VT_FALSE, mCtx);
     }
 
-private:
+  private:
     void (*mShow)(const vt_AboutBox*, void*);
     void (*mTopMost)(vt_bool, void*);
     void* mCtx;
@@ -63,7 +63,8 @@ int32_t vt_set_about_presenter(void (*show)(const vt_AboutBox* box, void* ctx),
         if (show == nullptr) {
             veltara::SetAboutPresenter(nullptr);
         } else {
-            veltara::SetAboutPresenter(std::make_shared<CallbackPresenter>(show, set_top_most, ctx));
+            veltara::SetAboutPresenter(
+                std::make_shared<CallbackPresenter>(show, set_top_most, ctx));
         }
     });
 }

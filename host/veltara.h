@@ -44,7 +44,13 @@ typedef int16_t vt_bool;
 #define VT_FALSE ((vt_bool)0)
 
 /* RenderMode */
-enum { VT_ORTHOGRAPHIC = 0, VT_PERSPECTIVE = 1, VT_ANAGLYPH = 2, VT_VOLUMETRIC = 3, VT_TRANSECT = 4 };
+enum {
+    VT_ORTHOGRAPHIC = 0,
+    VT_PERSPECTIVE = 1,
+    VT_ANAGLYPH = 2,
+    VT_VOLUMETRIC = 3,
+    VT_TRANSECT = 4
+};
 /* RenderSize: the value is the picture's edge in pixels */
 enum { VT_MAIN = 375, VT_NANO = 128 };
 /* TransectDirection */
@@ -64,10 +70,10 @@ typedef struct vt_RenderRequest {
     int16_t ProjectionPlane;
     int16_t TransectNo;
     vt_bool Transector;
-    int32_t TransectDir;   /* VT_ALONG_* */
-    int32_t Size;          /* VT_MAIN selects the 375-pixel surface, anything else the small one */
-    int32_t Mode;          /* VT_ORTHOGRAPHIC ... VT_TRANSECT */
-    int16_t VolQuality;    /* 0 (means 5) or 5..10 */
+    int32_t TransectDir; /* VT_ALONG_* */
+    int32_t Size;        /* VT_MAIN selects the 375-pixel surface, anything else the small one */
+    int32_t Mode;        /* VT_ORTHOGRAPHIC ... VT_TRANSECT */
+    int16_t VolQuality;  /* 0 (means 5) or 5..10 */
     vt_bool VolFinal;
     vt_bool ShowProbLevelOnDots;
     vt_bool ShowProbLevelOnTrans;
@@ -83,11 +89,11 @@ typedef struct vt_RenderDCinfo {
 
 /* How to add an orbital (12 bytes). */
 typedef struct vt_OrbitalSetup {
-    int16_t AtomRadius;    /* half the edge of the sampled cube, Bohr radii */
-    int16_t DotTarget;     /* dots wanted */
-    uint8_t DotThreshold;  /* lowest probability level (0..255) a dot may have */
+    int16_t AtomRadius;   /* half the edge of the sampled cube, Bohr radii */
+    int16_t DotTarget;    /* dots wanted */
+    uint8_t DotThreshold; /* lowest probability level (0..255) a dot may have */
     uint8_t Reserved;
-    int16_t OrbitalIndex;  /* catalogue index 0..39 */
+    int16_t OrbitalIndex;    /* catalogue index 0..39 */
     int32_t OrbitalViewMode; /* VT_PDF or VT_DRPDF */
 } vt_OrbitalSetup;
 
@@ -98,11 +104,11 @@ typedef struct vt_OrbitalStats {
     int32_t TotalSamples;
     uint8_t Mode;
     uint8_t Reserved[3];
-    int32_t CalcTime;      /* ms */
-    int32_t CalcRate;      /* samples per ms */
+    int32_t CalcTime; /* ms */
+    int32_t CalcRate; /* samples per ms */
     int32_t DotTarget;
     int32_t DotTotal;
-    int32_t DotTime;       /* ms */
+    int32_t DotTime; /* ms */
 } vt_OrbitalStats;
 
 /* One catalogue entry. Name points to static UTF-8 text that lives as long as the process
@@ -118,7 +124,7 @@ typedef struct vt_OrbInfo {
     int16_t l;
     int16_t M;
     uint8_t Reserved[2];
-    int32_t OrbType;       /* VT_SINGLE_ORB or VT_AVERAGE_ORBS */
+    int32_t OrbType; /* VT_SINGLE_ORB or VT_AVERAGE_ORBS */
     int32_t PDFOptFactor;
     int32_t DRPDFOptFactor;
 } vt_OrbInfo;
@@ -138,12 +144,12 @@ typedef struct vt_RGBA {
 /* The untyped orbital index of vt_refill_dot_matrix. */
 enum { VT_VARIANT_INT16 = 0, VT_VARIANT_INT32 = 1, VT_VARIANT_DOUBLE = 2, VT_VARIANT_STRING = 3 };
 typedef struct vt_Variant {
-    int32_t kind;          /* VT_VARIANT_* */
+    int32_t kind; /* VT_VARIANT_* */
     union {
         int16_t i16;
         int32_t i32;
         double f64;
-        const char *str;   /* NUL-terminated; converted like a number, e.g. "2.5" */
+        const char *str; /* NUL-terminated; converted like a number, e.g. "2.5" */
     } value;
 } vt_Variant;
 
@@ -267,8 +273,7 @@ VT_API int32_t vt_memdc_create(vt_memdc *m, int32_t width, int32_t height, int32
  * 5 (bits NULL). */
 VT_API int32_t vt_memdc_get_all_bits(vt_memdc *m, vt_RGBA *bits, int32_t cols, int32_t rows);
 /* The inverse of vt_memdc_get_all_bits; the spare row is left alone. Errors: as it. */
-VT_API int32_t vt_memdc_set_all_bits(vt_memdc *m, const vt_RGBA *bits, int32_t cols,
-                                     int32_t rows);
+VT_API int32_t vt_memdc_set_all_bits(vt_memdc *m, const vt_RGBA *bits, int32_t cols, int32_t rows);
 /* Row y counted from the top (y = height: the spare row; a row the bitmap does not have reads
  * as zeros) into out, count pixels at most. written (out): the pixels written (the surface's
  * width, or count if smaller). Errors: 6 (height - y overflows), 91, 5 (written NULL, or out

@@ -8,7 +8,7 @@
 namespace veltara {
 
 class cOrbital {
-public:
+  public:
     virtual ~cOrbital() = default;
 
     /// Makes the electron, scales it, samples the probability grid, fills the first dot cloud

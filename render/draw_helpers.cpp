@@ -64,9 +64,7 @@ void TransectorCorners(const RenderRequest& req, COORDdouble corners[4]) {
 }
 
 /// floor(v) + offset as a 32-bit screen coordinate.
-int32_t ScreenCoord(double v, int32_t offset) {
-    return Add32(ToInt32(std::floor(v)), offset);
-}
+int32_t ScreenCoord(double v, int32_t offset) { return Add32(ToInt32(std::floor(v)), offset); }
 
 /// One walk along an integer line (the major axis increases by one per step, the minor axis
 /// follows an error term). Calls touch(column, row, stepIndex) for every visited point whose
@@ -112,8 +110,7 @@ void WalkLine(bool steep, int32_t majorFrom, int32_t majorTo, int32_t minorFrom,
 
 }  // namespace
 
-void OrbitalRenderer::DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2,
-                               VbBool RestoreMode) {
+void OrbitalRenderer::DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, VbBool RestoreMode) {
     int32_t dX = Sub32(X2, X1);
     int32_t dY = Sub32(Y2, Y1);
     int32_t step = 1;
@@ -162,8 +159,8 @@ void OrbitalRenderer::DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2,
     }
 }
 
-void OrbitalRenderer::DrawDepthLine(int32_t X1, int32_t Z1, int32_t X2, int32_t Z2,
-                                    int32_t Depth1, int32_t Depth2, int32_t Colour) {
+void OrbitalRenderer::DrawDepthLine(int32_t X1, int32_t Z1, int32_t X2, int32_t Z2, int32_t Depth1,
+                                    int32_t Depth2, int32_t Colour) {
     int32_t dX = Sub32(X2, X1);
     int32_t dZ = Sub32(Z2, Z1);
     int32_t dDepth = Sub32(Depth2, Depth1);

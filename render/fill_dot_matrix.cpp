@@ -45,7 +45,7 @@ static_assert(kGeneratorPowers.p[2] == 182605794u);
 // after the other. States 0 and 2147483647 are the stuck generator, which gives 2147483647
 // for ever.
 class InlineRandom {
-public:
+  public:
     static constexpr uint32_t kModulus = 2147483647;
 
     InlineRandom() : mSeed(static_cast<uint32_t>(modRand::State())) {
@@ -82,7 +82,7 @@ public:
         if (!mStuck) mSeed = static_cast<uint32_t>(drawn);
     }
 
-private:
+  private:
     uint32_t mSeed;
     bool mStuck;
 };
@@ -97,8 +97,8 @@ int32_t PointsAbove(const uint8_t* row, uint8_t thr, int32_t* out) {
     const __m128i bound = _mm_set1_epi8(static_cast<char>(thr + 1));
     for (int32_t base = 0; base < ProbGrid::kSize; base += 16) {
         const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + base));
-        uint32_t mask = static_cast<uint32_t>(
-            _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(v, bound), v)));
+        uint32_t mask =
+            static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(v, bound), v)));
         if (base == 0) mask &= ~1u;  // x = 0 belongs to a plane, not to the open octant
         while (mask != 0) {
             out[n++] = base + std::countr_zero(mask);
@@ -133,7 +133,7 @@ constexpr Signs kOctant[8] = {{1, 1, 1},   {-1, 1, 1},  {1, -1, 1},  {1, 1, -1},
 // Appends the accepted dots of one fill. The first append replaces the previous cloud; the
 // 16-bit counter overflows when the 32768th dot has been stored.
 class DotSink {
-public:
+  public:
     DotSink(std::vector<PointArray>& dots, const int32_t* accept, InlineRandom& rng)
         : mDots(dots), mAccept(accept), mRng(rng) {}
 
@@ -162,7 +162,7 @@ public:
         }
     }
 
-private:
+  private:
     void Append(uint8_t p, int32_t x, int32_t y, int32_t z, int32_t drawn) {
         if (mCount == 0) mDots.clear();
         PointArray d;

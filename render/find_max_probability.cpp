@@ -53,8 +53,7 @@ double OrbitalRenderer::FindMaxProbability() {
         firstRound = false;
         N = (N % 3 != 0) ? N - 1 : N + 2;
         const double dN = static_cast<double>(N);
-        const double step[3] = {(hi[0] - lo[0]) / dN, (hi[1] - lo[1]) / dN,
-                                (hi[2] - lo[2]) / dN};
+        const double step[3] = {(hi[0] - lo[0]) / dN, (hi[1] - lo[1]) / dN, (hi[2] - lo[2]) / dN};
 
         // Step 3: Z outermost, then Y, X innermost; strict > keeps the first of equal values.
         for (int32_t i = 0; i <= N; ++i) xs[i] = lo[0] + static_cast<double>(i) * step[0];
@@ -62,8 +61,8 @@ double OrbitalRenderer::FindMaxProbability() {
             const double z = lo[2] + static_cast<double>(k) * step[2];
             for (int32_t j = 0; j <= N; ++j) {
                 const double y = lo[1] + static_cast<double>(j) * step[1];
-                EvaluateRow(e, mView, xs.data(), static_cast<size_t>(N + 1), y, z,
-                            points.data(), values.data());
+                EvaluateRow(e, mView, xs.data(), static_cast<size_t>(N + 1), y, z, points.data(),
+                            values.data());
                 for (int32_t i = 0; i <= N; ++i) {
                     if (values[i] > Best) {
                         Best = values[i];

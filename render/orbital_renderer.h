@@ -22,7 +22,7 @@ namespace veltara {
 struct RendererTestAccess;  // white-box access for the test suite
 
 class OrbitalRenderer : public cOrbital {
-public:
+  public:
     explicit OrbitalRenderer(ViewMode view);
     ~OrbitalRenderer() override;
 
@@ -40,7 +40,7 @@ public:
     const std::vector<PointArray>& Dots() const { return mDots; }
     cElectron* Electron() const { return mElectron.get(); }
 
-private:
+  private:
     friend struct RendererTestAccess;
 
     // The electron of this renderer's view: unscaled value, scale factor (see the .cpp).
@@ -74,15 +74,15 @@ private:
     // Renderer state, in declaration order.
     OrbitalStats mStats{};
     OrbitalSetup mSetup{};
-    float mVolFactor = 9.0f;       ///< preview resolution factor, adapted after each preview
-    ProbGrid mProbMatrix;          ///< scaled probability of each octant grid point
-    std::vector<PointArray> mDots; ///< the dot cloud; empty only before the first fill
-    int32_t mLastDot = 0;          ///< upper bound of mDots after the last scanning fill
-    double mDotDepthScale = 0;     ///< 127 / distance of the farthest dot, grid units
+    float mVolFactor = 9.0f;        ///< preview resolution factor, adapted after each preview
+    ProbGrid mProbMatrix;           ///< scaled probability of each octant grid point
+    std::vector<PointArray> mDots;  ///< the dot cloud; empty only before the first fill
+    int32_t mLastDot = 0;           ///< upper bound of mDots after the last scanning fill
+    double mDotDepthScale = 0;      ///< 127 / distance of the farthest dot, grid units
     std::unique_ptr<cMemoryDCEx> mMainSurface;
     std::unique_ptr<cMemoryDCEx> mNanoSurface;
-    RgbaArray2D mVolBits;          ///< pixels of the last picture, (column, row)
-    int16_t mMaxPixel = 0;         ///< 374 while mVolBits is sized for Main, 126 for Nano
+    RgbaArray2D mVolBits;   ///< pixels of the last picture, (column, row)
+    int16_t mMaxPixel = 0;  ///< 374 while mVolBits is sized for Main, 126 for Nano
     RenderRequest mLastNanoReq{};
     RenderRequest mLastMainReq{};
     RenderRequest mReq{};
@@ -95,13 +95,13 @@ private:
 
 /// The probability density view.
 class cOrbitalPDF final : public OrbitalRenderer {
-public:
+  public:
     cOrbitalPDF() : OrbitalRenderer(ViewMode::PDF) {}
 };
 
 /// The radial-distribution view.
 class cOrbitalDRPDF final : public OrbitalRenderer {
-public:
+  public:
     cOrbitalDRPDF() : OrbitalRenderer(ViewMode::DRPDF) {}
 };
 

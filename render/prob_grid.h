@@ -10,7 +10,7 @@
 namespace veltara {
 
 class ProbGrid {
-public:
+  public:
     static constexpr int32_t kSize = 128;  ///< points per axis; index 127 lies at the atom radius
 
     bool Empty() const { return mData.empty(); }
@@ -36,7 +36,7 @@ public:
     uint8_t* Data() { return mData.data(); }
     const uint8_t* Data() const { return mData.data(); }
 
-private:
+  private:
     std::vector<uint8_t> mData;
 };
 

@@ -29,8 +29,7 @@ struct PlaneProjection {
     double camY;
     double num;  // plane - camera, a 32-bit whole number
 
-    PlaneProjection(int32_t cameraY, int16_t planeY)
-        : camY(cameraY), num(Sub32(planeY, cameraY)) {}
+    PlaneProjection(int32_t cameraY, int16_t planeY) : camY(cameraY), num(Sub32(planeY, cameraY)) {}
 
     bool Scale(double depth, double& t) const {
         const double dY = CheckFinite(depth - camY);

@@ -34,10 +34,9 @@ void OrbitalRenderer::RenderTransect() {
     // Coloured like the dot picture shown beside it: only when that companion (the last
     // request of the other size) is a plain projection. Intended cross-dependence.
     const RenderRequest& companion = nano ? mLastMainReq : mLastNanoReq;
-    const bool levels = mReq.ShowProbLevelOnDots == kTrue &&
-                        mReq.ShowProbLevelOnTrans == kTrue &&
-                        (companion.Mode == RenderMode::Orthographic ||
-                         companion.Mode == RenderMode::Perspective);
+    const bool levels =
+        mReq.ShowProbLevelOnDots == kTrue && mReq.ShowProbLevelOnTrans == kTrue &&
+        (companion.Mode == RenderMode::Orthographic || companion.Mode == RenderMode::Perspective);
 
     const TransectDirection dir = mReq.TransectDir;
     const bool known = dir == TransectDirection::AlongX || dir == TransectDirection::Alongy ||

@@ -17,9 +17,9 @@ namespace {
 /// Fills points with the squared coordinates of the samples of the rays starting at
 /// rowPart + j * col - halfDepth * depth for j = jFirst, jFirst + jStep, ... (count rays),
 /// `samples` points each: the k-th sample of a ray is start + k * depth.
-void RaySamples(double i, const COORDdouble& row, const COORDdouble& col,
-                const COORDdouble& depth, double halfDepth, int32_t jFirst, int32_t jStep,
-                int32_t count, int32_t samples, COORDdoubleParams* points) {
+void RaySamples(double i, const COORDdouble& row, const COORDdouble& col, const COORDdouble& depth,
+                double halfDepth, int32_t jFirst, int32_t jStep, int32_t count, int32_t samples,
+                COORDdoubleParams* points) {
     for (int32_t r = 0; r < count; ++r) {
         const double j = jFirst + r * jStep;
         const double sx = i * row.X + j * col.X - halfDepth * depth.X;
@@ -87,7 +87,7 @@ void OrbitalRenderer::RenderVolume() {
     RaySamples(0.0, RowVec, ColVec, DepthVec, halfDepth, -Half, 1, Res, Quality, points.data());
     cElectron& electron = LiveElectron();
     electron.NonScaledBatch(mView, points.data(), density.data(),
-                              static_cast<size_t>(Res) * Quality);
+                            static_cast<size_t>(Res) * Quality);
     for (int32_t r = 0; r < Res; ++r) {
         const double* d = density.data() + static_cast<size_t>(r) * Quality;
         float Acc = 0.0f;
@@ -103,10 +103,9 @@ void OrbitalRenderer::RenderVolume() {
     // one ray gives two pixels. Intended; it halves the cost of the picture.
     const int32_t rays = Half + 1;
     for (int32_t i = (Half % 2 == 0) ? 2 : 1; i <= Half; i += 2) {
-        RaySamples(i, RowVec, ColVec, DepthVec, halfDepth, -Half, 2, rays, Quality,
-                   points.data());
+        RaySamples(i, RowVec, ColVec, DepthVec, halfDepth, -Half, 2, rays, Quality, points.data());
         electron.NonScaledBatch(mView, points.data(), density.data(),
-                                  static_cast<size_t>(rays) * Quality);
+                                static_cast<size_t>(rays) * Quality);
         for (int32_t r = 0; r < rays; ++r) {
             const int32_t j = -Half + 2 * r;
             const double* d = density.data() + static_cast<size_t>(r) * Quality;
@@ -178,8 +177,7 @@ void OrbitalRenderer::RenderVolume() {
         if (mReq.Transector == kTrue || mReq.VolFinal == kTrue) {
             const int16_t maxPixel = main ? 374 : 126;
             if (mMaxPixel == maxPixel && !mVolBits.Empty()) {
-                std::memset(static_cast<void*>(mVolBits.Data()), 0,
-                            mVolBits.Size() * sizeof(RGBA));
+                std::memset(static_cast<void*>(mVolBits.Data()), 0, mVolBits.Size() * sizeof(RGBA));
             } else {
                 mMaxPixel = maxPixel;
                 mVolBits.Resize(maxPixel + 1, maxPixel + 1);

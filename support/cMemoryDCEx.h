@@ -16,7 +16,7 @@
 namespace veltara {
 
 class cMemoryDCEx {
-public:
+  public:
     /// The largest bitmap edge (Width, or Height + 1 rows) that is made; a larger one, or one
     /// below 1, fails like a platform bitmap that cannot be made (the surface counts as created,
     /// hBmp is 0, copies do nothing, GetBits returns zeros).
@@ -70,7 +70,7 @@ public:
     const RGBA* ScanLine(int32_t s) const;
     RGBA* ScanLine(int32_t s);
 
-private:
+  private:
     int32_t mDC = 0;
     int32_t mBmp = 0;
     int32_t mOldBmp = 0;

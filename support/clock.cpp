@@ -16,8 +16,8 @@ int32_t TimeGetTime() {
     if (tClock) return tClock();
     timespec ts{};
     clock_gettime(CLOCK_MONOTONIC, &ts);
-    const uint64_t ms = static_cast<uint64_t>(ts.tv_sec) * 1000u +
-                        static_cast<uint64_t>(ts.tv_nsec) / 1000000u;
+    const uint64_t ms =
+        static_cast<uint64_t>(ts.tv_sec) * 1000u + static_cast<uint64_t>(ts.tv_nsec) / 1000000u;
     // The platform clock is an unsigned 32-bit count read as signed: it wraps.
     return static_cast<int32_t>(static_cast<uint32_t>(ms));
 }

@@ -5,15 +5,24 @@ namespace veltara {
 
 const char* ErrorText(int32_t number) noexcept {
     switch (number) {
-        case 0: return "Success";
-        case kErrInvalidCall: return "Invalid procedure call or argument";
-        case kErrOverflow: return "Overflow";
-        case kErrOutOfMemory: return "Out of memory";
-        case kErrSubscript: return "Subscript out of range";
-        case kErrDivisionByZero: return "Division by zero";
-        case kErrTypeMismatch: return "Type mismatch";
-        case kErrObjectNotSet: return "Object variable or With block variable not set";
-        default: return "Unknown error";
+        case 0:
+            return "Success";
+        case kErrInvalidCall:
+            return "Invalid procedure call or argument";
+        case kErrOverflow:
+            return "Overflow";
+        case kErrOutOfMemory:
+            return "Out of memory";
+        case kErrSubscript:
+            return "Subscript out of range";
+        case kErrDivisionByZero:
+            return "Division by zero";
+        case kErrTypeMismatch:
+            return "Type mismatch";
+        case kErrObjectNotSet:
+            return "Object variable or With block variable not set";
+        default:
+            return "Unknown error";
     }
 }
 

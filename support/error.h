@@ -8,13 +8,13 @@ namespace veltara {
 
 /// The engine's error numbers. Each number keeps its meaning for ever; hosts test for them.
 enum ErrorNumber : int32_t {
-    kErrInvalidCall = 5,    ///< "Invalid procedure call or argument" (also NaN, sqrt of a negative)
-    kErrOverflow = 6,       ///< "Overflow": a value outside its stated width, an infinite result
-    kErrOutOfMemory = 7,    ///< "Out of memory"
-    kErrSubscript = 9,      ///< "Subscript out of range"
+    kErrInvalidCall = 5,  ///< "Invalid procedure call or argument" (also NaN, sqrt of a negative)
+    kErrOverflow = 6,     ///< "Overflow": a value outside its stated width, an infinite result
+    kErrOutOfMemory = 7,  ///< "Out of memory"
+    kErrSubscript = 9,    ///< "Subscript out of range"
     kErrDivisionByZero = 11,  ///< "Division by zero"
-    kErrTypeMismatch = 13,  ///< "Type mismatch"
-    kErrObjectNotSet = 91,  ///< "Object variable or With block variable not set"
+    kErrTypeMismatch = 13,    ///< "Type mismatch"
+    kErrObjectNotSet = 91,    ///< "Object variable or With block variable not set"
 };
 
 /// The message of an error number; "Unknown error" for a number the engine never raises.
@@ -22,11 +22,11 @@ const char* ErrorText(int32_t number) noexcept;
 
 /// An engine failure carrying its number; what() is the number's message.
 class Error : public std::runtime_error {
-public:
+  public:
     explicit Error(int32_t number);
     int32_t number() const noexcept { return mNumber; }
 
-private:
+  private:
     int32_t mNumber;
 };
 

@@ -1,4 +1,5 @@
-// A two-dimensional array of pixels indexed (column, row), lower bounds 0, column fastest in memory.
+// A two-dimensional array of pixels indexed (column, row), lower bounds 0, column fastest in
+// memory.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +12,7 @@
 namespace veltara {
 
 class RgbaArray2D {
-public:
+  public:
     RgbaArray2D() = default;
     RgbaArray2D(int32_t cols, int32_t rows) { Resize(cols, rows); }
 
@@ -44,7 +45,7 @@ public:
 
     bool operator==(const RgbaArray2D&) const = default;
 
-private:
+  private:
     size_t Offset(int32_t c, int32_t r) const {
         return static_cast<size_t>(r) * static_cast<size_t>(mCols) + static_cast<size_t>(c);
     }

@@ -33,27 +33,27 @@ _Static_assert(offsetof(vt_OrbInfo, OrbType) == sizeof(void *) + 16, "OrbInfo.Or
 
 static int passed = 0, failed = 0;
 
-#define CHECK(cond)                                                           \
-    do {                                                                      \
-        if (cond) {                                                           \
-            ++passed;                                                         \
-        } else {                                                              \
-            ++failed;                                                         \
+#define CHECK(cond)                                                                  \
+    do {                                                                             \
+        if (cond) {                                                                  \
+            ++passed;                                                                \
+        } else {                                                                     \
+            ++failed;                                                                \
             fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond); \
-        }                                                                     \
+        }                                                                            \
     } while (0)
 
 /* Expects call to return error number n. */
-#define CHECK_RC(call, n)                                                               \
-    do {                                                                                \
-        int32_t rc_ = (call);                                                           \
-        if (rc_ == (n)) {                                                               \
-            ++passed;                                                                   \
-        } else {                                                                        \
-            ++failed;                                                                   \
+#define CHECK_RC(call, n)                                                                      \
+    do {                                                                                       \
+        int32_t rc_ = (call);                                                                  \
+        if (rc_ == (n)) {                                                                      \
+            ++passed;                                                                          \
+        } else {                                                                               \
+            ++failed;                                                                          \
             fprintf(stderr, "%s:%d: %s returned %d, expected %d\n", __FILE__, __LINE__, #call, \
-                    (int)rc_, (int)(n));                                                \
-        }                                                                               \
+                    (int)rc_, (int)(n));                                                       \
+        }                                                                                      \
     } while (0)
 
 static const double kPi = 3.14159265358979323846;
@@ -61,8 +61,8 @@ static const double kPi = 3.14159265358979323846;
 /* The clock: fixed readings, so seeds and timings repeat. */
 static int32_t fixed_clock(void *ctx) { return *(const int32_t *)ctx; }
 
-static vt_OrbitalSetup make_setup(int16_t orbital, int16_t radius, uint8_t threshold,
-                                  int16_t dots, int32_t view) {
+static vt_OrbitalSetup make_setup(int16_t orbital, int16_t radius, uint8_t threshold, int16_t dots,
+                                  int32_t view) {
     vt_OrbitalSetup s;
     memset(&s, 0, sizeof s);
     s.AtomRadius = radius;
@@ -88,10 +88,30 @@ static vt_RenderRequest make_request(int32_t mode, int32_t size) {
     return r;
 }
 
-static vt_Variant variant_i16(int16_t v) { vt_Variant x; x.kind = VT_VARIANT_INT16; x.value.i16 = v; return x; }
-static vt_Variant variant_i32(int32_t v) { vt_Variant x; x.kind = VT_VARIANT_INT32; x.value.i32 = v; return x; }
-static vt_Variant variant_f64(double v) { vt_Variant x; x.kind = VT_VARIANT_DOUBLE; x.value.f64 = v; return x; }
-static vt_Variant variant_str(const char *v) { vt_Variant x; x.kind = VT_VARIANT_STRING; x.value.str = v; return x; }
+static vt_Variant variant_i16(int16_t v) {
+    vt_Variant x;
+    x.kind = VT_VARIANT_INT16;
+    x.value.i16 = v;
+    return x;
+}
+static vt_Variant variant_i32(int32_t v) {
+    vt_Variant x;
+    x.kind = VT_VARIANT_INT32;
+    x.value.i32 = v;
+    return x;
+}
+static vt_Variant variant_f64(double v) {
+    vt_Variant x;
+    x.kind = VT_VARIANT_DOUBLE;
+    x.value.f64 = v;
+    return x;
+}
+static vt_Variant variant_str(const char *v) {
+    vt_Variant x;
+    x.kind = VT_VARIANT_STRING;
+    x.value.str = v;
+    return x;
+}
 
 static void test_errors_and_catalogue(void) {
     vt_engine *e = NULL;
@@ -102,9 +122,14 @@ static void test_errors_and_catalogue(void) {
     static const struct {
         int32_t number;
         const char *text;
-    } messages[] = {{0, "Success"}, {5, "Invalid procedure call or argument"}, {6, "Overflow"},
-                    {7, "Out of memory"}, {9, "Subscript out of range"}, {11, "Division by zero"},
-                    {13, "Type mismatch"}, {91, "Object variable or With block variable not set"},
+    } messages[] = {{0, "Success"},
+                    {5, "Invalid procedure call or argument"},
+                    {6, "Overflow"},
+                    {7, "Out of memory"},
+                    {9, "Subscript out of range"},
+                    {11, "Division by zero"},
+                    {13, "Type mismatch"},
+                    {91, "Object variable or With block variable not set"},
                     {12345, "Unknown error"}};
     size_t k;
     for (k = 0; k < sizeof messages / sizeof messages[0]; ++k) {
@@ -257,8 +282,8 @@ static void test_orbitals(void) {
             vt_Variant index;
             int16_t slot;
         } refills[] = {
-            {{VT_VARIANT_INT16, {.i16 = 1}}, 1},     {{VT_VARIANT_INT32, {.i32 = 2}}, 2},
-            {{VT_VARIANT_DOUBLE, {.f64 = 0.5}}, 0},  {{VT_VARIANT_DOUBLE, {.f64 = 1.5}}, 2},
+            {{VT_VARIANT_INT16, {.i16 = 1}}, 1},        {{VT_VARIANT_INT32, {.i32 = 2}}, 2},
+            {{VT_VARIANT_DOUBLE, {.f64 = 0.5}}, 0},     {{VT_VARIANT_DOUBLE, {.f64 = 1.5}}, 2},
             {{VT_VARIANT_STRING, {.str = " 2.5 "}}, 2}, {{VT_VARIANT_STRING, {.str = "1e0"}}, 1},
         };
         size_t k;
@@ -320,7 +345,7 @@ static void test_orbitals(void) {
     CHECK_RC(vt_get_render(e, 1, &r, &dc), 91);
     CHECK_RC(vt_get_stats(e, 1, &st), 91);
     CHECK_RC(vt_get_dots(e, 1, NULL, 0, &count), 91);
-    CHECK_RC(vt_delete(e, 1), 0);  /* an empty slot may be deleted */
+    CHECK_RC(vt_delete(e, 1), 0); /* an empty slot may be deleted */
     CHECK_RC(vt_delete(e, 7), 9);
     CHECK_RC(vt_delete(NULL, 0), 91);
     CHECK_RC(vt_get_stats(e, 0, NULL), 5);

@@ -9,11 +9,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 namespace vt_cli_test {
 
@@ -96,7 +95,7 @@ inline std::pair<int, int> PngSize(const std::filesystem::path& path) {
 /// type, enum, minimum, maximum, properties, required, additionalProperties (false), items,
 /// minItems, maxItems and $ref to "#/$defs/NAME".
 class SchemaChecker {
-public:
+  public:
     explicit SchemaChecker(nlohmann::json root) : mRoot(std::move(root)) {}
 
     std::vector<std::string> Check(const nlohmann::json& doc) const {
@@ -105,7 +104,7 @@ public:
         return errors;
     }
 
-private:
+  private:
     static bool HasType(const nlohmann::json& v, const std::string& type) {
         if (type == "object") return v.is_object();
         if (type == "array") return v.is_array();

@@ -152,13 +152,24 @@ TEST(VeltaraRender, OrbitalNamesResolve) {
         int index;
     };
     const Case cases[] = {
-        {"9", 9},          {"3Dz2", 9},     {"3dz\xC2\xB2", 9}, {"3DZ2", 9},
-        {"'4Fz(x2-y2)'", 26}, {"'4fz(x\xC2\xB2-y\xC2\xB2)'", 26}, {"3Dx2_y2", 10},
-        {"2S", 1},         {"av2S", 31},    {"avg2s", 31},      {"AV1S", 30},
-        {"3D", 35},        {"av4F", 39},    {"4Fz3", 23},
+        {"9", 9},
+        {"3Dz2", 9},
+        {"3dz\xC2\xB2", 9},
+        {"3DZ2", 9},
+        {"'4Fz(x2-y2)'", 26},
+        {"'4fz(x\xC2\xB2-y\xC2\xB2)'", 26},
+        {"3Dx2_y2", 10},
+        {"2S", 1},
+        {"av2S", 31},
+        {"avg2s", 31},
+        {"AV1S", 30},
+        {"3D", 35},
+        {"av4F", 39},
+        {"4Fz3", 23},
     };
     for (const Case& c : cases) {
-        const auto o = RunVeltara(std::string("stats ") + c.spelling + " --dots 50 --json" + kClock);
+        const auto o =
+            RunVeltara(std::string("stats ") + c.spelling + " --dots 50 --json" + kClock);
         ASSERT_EQ(o.exitCode, 0) << c.spelling << ": " << o.err;
         EXPECT_EQ(nlohmann::json::parse(o.out)["orbital"]["index"], c.index) << c.spelling;
     }
@@ -183,7 +194,8 @@ TEST(VeltaraRender, WritesPngOfTheRequestedSize) {
     for (const Case& c : cases) {
         const auto file = ScratchDir() / "render.png";
         std::filesystem::remove(file);
-        const auto o = RunVeltara("render " + c.args + " --dots 2000 --out " + file.string() + kClock);
+        const auto o =
+            RunVeltara("render " + c.args + " --dots 2000 --out " + file.string() + kClock);
         ASSERT_EQ(o.exitCode, 0) << c.args << ": " << o.err;
         EXPECT_EQ(PngSize(file), std::make_pair(c.edge, c.edge)) << c.args;
     }
@@ -199,7 +211,7 @@ TEST(VeltaraRender, LobesLieAlongTheirAxisWithoutRotation) {
     for (const Case c : {Case{"2Pz", true}, Case{"2Px", false}}) {
         const auto file = ScratchDir() / "lobes.png";
         const auto o = RunVeltara(std::string("render ") + c.orbital + " --theta 0 --phi 0 --out " +
-                           file.string() + kClock);
+                                  file.string() + kClock);
         ASSERT_EQ(o.exitCode, 0) << o.err;
         int w = 0, h = 0;
         const auto rgb = ReadRgb(file, w, h);

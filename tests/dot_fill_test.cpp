@@ -199,8 +199,8 @@ TEST(FillDotMatrix, The32768thDotRaises6WithAllDotsKept) {
     // then the plane Z = 0 four images per point. 32768 - 763 = 32005 images there: 8001 whole
     // points (the rows Y = 1..63 of 127 points each) and the first image of the next, (1, 64, 0).
     Fill f(32767, 0);
-    std::fill(A::ProbMatrix(f.r).Data(),
-              A::ProbMatrix(f.r).Data() + 128 * 128 * 128, static_cast<uint8_t>(255));
+    std::fill(A::ProbMatrix(f.r).Data(), A::ProbMatrix(f.r).Data() + 128 * 128 * 128,
+              static_cast<uint8_t>(255));
     f.Freqs()[255] = 1;
     modRand::Randomize(2024);
     EXPECT_VT_ERROR(f.Run(), 6);
@@ -223,8 +223,8 @@ TEST(FillDotMatrix, LevelWeightBeyond32BitsRaises6) {
 // A plain reference fill: one draw at a time from the standard library's minimal-standard
 // generator, the blocks visited by explicit loops. The engine's fill must match it dot for dot
 // on a whole catalogue grid.
-std::vector<PointArray> ReferenceFill(const ProbGrid& g, const int32_t* freqs, int target,
-                                      int thr, uint32_t seed) {
+std::vector<PointArray> ReferenceFill(const ProbGrid& g, const int32_t* freqs, int target, int thr,
+                                      uint32_t seed) {
     double sum = 0;
     for (int v = thr; v < 256; ++v) sum += static_cast<double>(freqs[v]) * v;
     int64_t accept[256] = {};
@@ -245,9 +245,12 @@ std::vector<PointArray> ReferenceFill(const ProbGrid& g, const int32_t* freqs, i
     for (int x = 1; x < 128; ++x) visit(x, 0, 0);
     for (int y = 1; y < 128; ++y) visit(0, y, 0);
     for (int z = 1; z < 128; ++z) visit(0, 0, z);
-    for (int y = 1; y < 128; ++y) for (int x = 1; x < 128; ++x) visit(x, y, 0);
-    for (int z = 1; z < 128; ++z) for (int x = 1; x < 128; ++x) visit(x, 0, z);
-    for (int z = 1; z < 128; ++z) for (int y = 1; y < 128; ++y) visit(0, y, z);
+    for (int y = 1; y < 128; ++y)
+        for (int x = 1; x < 128; ++x) visit(x, y, 0);
+    for (int z = 1; z < 128; ++z)
+        for (int x = 1; x < 128; ++x) visit(x, 0, z);
+    for (int z = 1; z < 128; ++z)
+        for (int y = 1; y < 128; ++y) visit(0, y, z);
     for (int z = 1; z < 128; ++z) {
         for (int y = 1; y < 128; ++y) {
             for (int x = 1; x < 128; ++x) visit(x, y, z);
@@ -275,8 +278,8 @@ TEST(FillDotMatrix, MatchesAPlainReferenceFillOnWholeGrids) {
         for (uint32_t seed : {1u, 30517u, 65536u}) {
             modRand::Randomize(static_cast<int32_t>(seed));
             A::FillDotMatrix(*r);
-            const std::vector<PointArray> expected =
-                ReferenceFill(A::ProbMatrix(*r), A::Stats(*r).ProbFreqs, c.target, c.threshold, seed);
+            const std::vector<PointArray> expected = ReferenceFill(
+                A::ProbMatrix(*r), A::Stats(*r).ProbFreqs, c.target, c.threshold, seed);
             ASSERT_GT(expected.size(), 500u);
             EXPECT_EQ(A::Dots(*r), expected) << c.index << " seed " << seed;
         }

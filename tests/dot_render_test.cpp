@@ -40,9 +40,9 @@ TEST(RenderDots, OrthographicAtZeroAnglesPlacesXAcrossZUpAndShadesByY) {
     };
     const Case cases[] = {
         {{10, 20, -30, 99}, 197, 157, 118},
-        {{-127, -127, 127, 5}, 60, 314, 192},   // 128 + 63.5 = 191.5 -> 192
-        {{0, 3, 0, 5}, 187, 187, 126},          // 126.5 -> 126
-        {{187, 0, 0, 5}, 374, 187, 128},        // the last accepted column
+        {{-127, -127, 127, 5}, 60, 314, 192},  // 128 + 63.5 = 191.5 -> 192
+        {{0, 3, 0, 5}, 187, 187, 126},         // 126.5 -> 126
+        {{187, 0, 0, 5}, 374, 187, 128},       // the last accepted column
         {{-187, 0, 0, 5}, 0, 187, 128},
         {{0, 0, 187, 5}, 187, 374, 128},
     };
@@ -83,8 +83,8 @@ TEST(RenderDots, ViewAnglesTurnTheCloud) {
 TEST(RenderDots, OverlappingDotsCombineByBitwiseOr) {
     vt_test::FixedClock clock(100000);
     // Shades 128 - 32 = 96 and 128 - 80 = 48 on one pixel: 96 | 48 = 112, not 96 or 144.
-    auto r = Render({{5, 32, 5, 0}, {5, 80, 5, 0}}, vt_test::Request(RenderMode::Orthographic),
-                    1.0);
+    auto r =
+        Render({{5, 32, 5, 0}, {5, 80, 5, 0}}, vt_test::Request(RenderMode::Orthographic), 1.0);
     EXPECT_EQ(Access::VolBits(*r)(192, 192), vt_test::Grey(112));
 }
 
@@ -262,11 +262,13 @@ RgbaArray2D ReferenceFrame(const std::vector<PointArray>& dots, const RenderRequ
     const double cP = std::cos(q.Phi), sP = std::sin(q.Phi);
     int32_t e = 0;
     if (q.Mode == RenderMode::Anaglyph) {
-        e = ToInt32(std::abs(q.ProjectionPlane - q.CameraPos) / -static_cast<double>(q.StereoFactor));
+        e = ToInt32(std::abs(q.ProjectionPlane - q.CameraPos) /
+                    -static_cast<double>(q.StereoFactor));
     }
     COORDlong one{}, two{}, plain{};
     auto put = [&](const COORDlong& at, auto&& write) {
-        if (std::abs(at.X) <= centre && std::abs(at.Z) <= centre) write(out(centre + at.X, centre + at.Z));
+        if (std::abs(at.X) <= centre && std::abs(at.Z) <= centre)
+            write(out(centre + at.X, centre + at.Z));
     };
     for (const PointArray& dot : dots) {
         const double xr = dot.Z * (sT * sP) + dot.X * cP + dot.Y * (cT * sP);

@@ -115,19 +115,19 @@ TEST(DrawDepthLine, ColourCasesBrightenSaturateOrCombineByOr) {
     const Case cases[] = {
         {200, 200, 100, 16777215, {255, 255, 255, 0}},  // 200 + 100 saturates at white
         {50, 50, 100, 16777215, {150, 150, 150, 0}},
-        {200, 200, -150, 16777215, {50, 50, 50, 0}},    // a negative shade darkens
-        {0, 0, 300, 65280, {0, 255, 0, 0}},             // green clamps to 255: every bit
-        {0, 0x0F, 0x30, 65280, {0, 0x3F, 0, 0}},        // green ORs
-        {0x0F, 0, 0x30, 255, {0, 0, 0x3F, 0}},          // red ORs
-        {7, 9, -40, 255, {0, 9, 7, 0}},                 // red clamps to 0: unchanged
-        {7, 9, 100, 12345, {0, 9, 7, 0}},               // no such colour: nothing drawn
+        {200, 200, -150, 16777215, {50, 50, 50, 0}},  // a negative shade darkens
+        {0, 0, 300, 65280, {0, 255, 0, 0}},           // green clamps to 255: every bit
+        {0, 0x0F, 0x30, 65280, {0, 0x3F, 0, 0}},      // green ORs
+        {0x0F, 0, 0x30, 255, {0, 0, 0x3F, 0}},        // red ORs
+        {7, 9, -40, 255, {0, 9, 7, 0}},               // red clamps to 0: unchanged
+        {7, 9, 100, 12345, {0, 9, 7, 0}},             // no such colour: nothing drawn
     };
     for (const Case& c : cases) {
         auto r = vt_test::MakeRenderer();
         Access::MaxPixel(*r) = 126;
         Access::VolBits(*r).Resize(127, 127);
-        Access::VolBits(*r)(40, 20) = RGBA{0, c.g, c.r, 0};
-        Access::VolBits(*r)(41, 20) = RGBA{0, c.g, c.r, 0};
+        Access::VolBits (*r)(40, 20) = RGBA{0, c.g, c.r, 0};
+        Access::VolBits (*r)(41, 20) = RGBA{0, c.g, c.r, 0};
         Access::DrawDepthLine(*r, 40, 20, 41, 20, c.shade, c.shade, c.colour);
         EXPECT_EQ(Access::VolBits(*r)(40, 20), c.after) << "colour " << c.colour;
         EXPECT_EQ(Access::VolBits(*r)(41, 20), c.after) << "colour " << c.colour;

@@ -15,7 +15,7 @@ namespace vt_test {
 /// the coordinates). Bytes are the value times the view's scale factor, rounded half to even,
 /// 6 outside 0..255. Counts evaluations and can record the points asked for.
 class FakeElectron : public veltara::cElectron {
-public:
+  public:
     using Density = std::function<double(const veltara::COORDdoubleParams&)>;
 
     explicit FakeElectron(Density density, veltara::OrbInfo info = {})
@@ -36,15 +36,15 @@ public:
     double GetRealDRPDF(const veltara::COORDdoubleParams& p) override { return Eval(p); }
     double GetNonScaledDRPDF(const veltara::COORDdoubleParams& p) override { return Eval(p); }
 
-    void NonScaledBatch(veltara::ViewMode view, const veltara::COORDdoubleParams* pts,
-                        double* out, size_t count) override {
+    void NonScaledBatch(veltara::ViewMode view, const veltara::COORDdoubleParams* pts, double* out,
+                        size_t count) override {
         for (size_t i = 0; i < count; ++i) {
             out[i] = view == veltara::ViewMode::PDF ? GetNonScaledPDF(pts[i])
                                                     : GetNonScaledDRPDF(pts[i]);
         }
     }
-    void ScaledBatch(veltara::ViewMode view, const veltara::COORDdoubleParams* pts,
-                     uint8_t* out, size_t count) override {
+    void ScaledBatch(veltara::ViewMode view, const veltara::COORDdoubleParams* pts, uint8_t* out,
+                     size_t count) override {
         for (size_t i = 0; i < count; ++i) {
             out[i] = view == veltara::ViewMode::PDF ? GetPDF(pts[i]) : GetDRPDF(pts[i]);
         }
@@ -56,7 +56,7 @@ public:
     bool record = false;
     std::vector<veltara::COORDdoubleParams> points;
 
-private:
+  private:
     double Eval(const veltara::COORDdoubleParams& p) {
         ++evaluations;
         if (record) points.push_back(p);

@@ -146,7 +146,9 @@ std::vector<Series> AllSeries() {
         q.TransectNo = 12;
     };
     return {
-        {"3dz2_pdf", 9, ViewMode::PDF,
+        {"3dz2_pdf",
+         9,
+         ViewMode::PDF,
          {
              {"ortho_main", Q(M::Orthographic, S::Main, 0.0, 0.0)},
              {"ortho_main_levels", With(Q(M::Orthographic, S::Main, 0.5, 0.3), levels)},
@@ -164,7 +166,9 @@ std::vector<Series> AllSeries() {
              {"ortho_main_levels_again", With(Q(M::Orthographic, S::Main, 0.5, 0.3), levels)},
              {"transect_nano_levels", With(Q(M::Transect, S::Nano, 0.0, 0.0), levels)},
          }},
-        {"2pz_drpdf", 4, ViewMode::DRPDF,
+        {"2pz_drpdf",
+         4,
+         ViewMode::DRPDF,
          {
              {"ortho_main", Q(M::Orthographic, S::Main, 0.2, 0.9)},
              {"volume_main_final", With(Q(M::Volumetric, S::Main, 0.2, 0.9), finalPicture)},
@@ -172,13 +176,17 @@ std::vector<Series> AllSeries() {
              {"transect_main_alongx", With(Q(M::Transect, S::Main, 0.0, 0.0), alongX)},
              {"anaglyph_nano", Q(M::Anaglyph, S::Nano, 0.2, 0.9)},
          }},
-        {"4fxyz_pdf", 27, ViewMode::PDF,
+        {"4fxyz_pdf",
+         27,
+         ViewMode::PDF,
          {
              {"ortho_nano_levels", With(Q(M::Orthographic, S::Nano, 0.6, 0.6), levels)},
              {"volume_nano_final", With(Q(M::Volumetric, S::Nano, 0.6, 0.6), finalPicture)},
              {"persp_main", Q(M::Perspective, S::Main, 0.6, 0.6)},
          }},
-        {"av3d_pdf", 35, ViewMode::PDF,
+        {"av3d_pdf",
+         35,
+         ViewMode::PDF,
          {
              {"volume_main_final", With(Q(M::Volumetric, S::Main, 0.0, 0.0), finalPicture)},
              {"transect_nano", Q(M::Transect, S::Nano, 0.0, 0.0)},
@@ -206,8 +214,8 @@ TEST(GoldenImages, PicturesMatchTheCheckedInHashes) {
         setup.OrbitalViewMode = series.view;
         const bool pdf = series.view == ViewMode::PDF;
         setup.AtomRadius = pdf ? info.DefaultPDFAtomRadius : info.DefaultDRPDFAtomRadius;
-        setup.DotThreshold = static_cast<uint8_t>(pdf ? info.DefaultPDFDotThreshold
-                                                      : info.DefaultDRPDFDotThreshold);
+        setup.DotThreshold =
+            static_cast<uint8_t>(pdf ? info.DefaultPDFDotThreshold : info.DefaultDRPDFDotThreshold);
         setup.DotTarget = 20000;
         r->Setup(setup);
 

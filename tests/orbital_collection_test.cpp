@@ -37,7 +37,7 @@ std::string Occupancy(const cOrbitalCol& c) {
 
 // A renderer that does nothing, to fill slots cheaply.
 class IdleRenderer : public cOrbital {
-public:
+  public:
     void Setup(const OrbitalSetup&) override {}
     OrbitalStats GetStats() override { return {}; }
     int32_t ReFillDotMatrix(const int32_t&, const uint8_t&) override { return 0; }
@@ -63,12 +63,24 @@ TEST(cOrbitalCol, SlotSequences) {
         {"delete of the last slot shrinks",
          {{'A', 0, "#"}, {'A', 1, "##"}, {'A', 2, "###"}, {'D', 2, "##"}, {'A', 2, "###"}}},
         {"a trailing empty slot stays",
-         {{'A', 0, "#"}, {'A', 1, "##"}, {'A', 2, "###"}, {'D', 1, "#.#"}, {'D', 2, "#."},
-          {'A', 1, "##"}, {'A', 2, "###"}}},
+         {{'A', 0, "#"},
+          {'A', 1, "##"},
+          {'A', 2, "###"},
+          {'D', 1, "#.#"},
+          {'D', 2, "#."},
+          {'A', 1, "##"},
+          {'A', 2, "###"}}},
         {"slot 0 is never removed", {{'A', 0, "#"}, {'D', 0, "."}, {'D', 0, "."}, {'A', 0, "#"}}},
         {"lowest hole first",
-         {{'A', 0, "#"}, {'A', 1, "##"}, {'A', 2, "###"}, {'A', 3, "####"}, {'D', 2, "##.#"},
-          {'D', 0, ".#.#"}, {'A', 0, "##.#"}, {'A', 2, "####"}, {'A', 4, "#####"}}},
+         {{'A', 0, "#"},
+          {'A', 1, "##"},
+          {'A', 2, "###"},
+          {'A', 3, "####"},
+          {'D', 2, "##.#"},
+          {'D', 0, ".#.#"},
+          {'A', 0, "##.#"},
+          {'A', 2, "####"},
+          {'A', 4, "#####"}}},
     };
     for (const Case& c : cases) {
         cOrbitalCol col;
@@ -173,7 +185,8 @@ TEST(cOrbitalCol, GetStatsReturnsTheRenderersRecord) {
     EXPECT_EQ(col.GetStats(0).FramesRendered, 2147483647);
     EXPECT_EQ(col.GetStats(0).Mode, 201);
     // The two views of 1S differ in their histograms.
-    EXPECT_FALSE(std::equal(std::begin(a.ProbFreqs), std::end(a.ProbFreqs), std::begin(b.ProbFreqs)));
+    EXPECT_FALSE(
+        std::equal(std::begin(a.ProbFreqs), std::end(a.ProbFreqs), std::begin(b.ProbFreqs)));
 }
 
 TEST(cOrbitalCol, ReFillDotMatrixIndexConvertsToTheNearestEvenInteger) {
@@ -202,9 +215,9 @@ TEST(cOrbitalCol, ReFillDotMatrixIndexConvertsToTheNearestEvenInteger) {
         {std::string("0x1"), -1, 13},
         {std::string("1 2"), -1, 13},
         {std::string("nan"), -1, 13},
-        {4.5, -1, 9},                 // 4 is beyond the last slot
+        {4.5, -1, 9},  // 4 is beyond the last slot
         {-1.0, -1, 9},
-        {3e9, -1, 6},                 // beyond 32 bits
+        {3e9, -1, 6},  // beyond 32 bits
         {std::string("1e300"), -1, 6},
         {std::string("1e999"), -1, 6},
     };
@@ -260,7 +273,7 @@ TEST(cVeltara, EnumOrbitalsListsTheCatalogue) {
 }
 
 class RecordingPresenter : public AboutPresenter {
-public:
+  public:
     void ShowModal(const AboutBox& box) override {
         calls.push_back("show");
         shown = box;

@@ -285,8 +285,8 @@ TEST(OrbitalDensity, ValuesAtTheNucleusAndOnTheZAxis) {
     for (int i = 0; i < 40; ++i) {
         // Every radial weight vanishes at the nucleus, and so does every density with l >= 1.
         EXPECT_EQ(Make(i)->GetRealDRPDF(nucleus), 0.0) << i;
-        const bool sShell = i == 0 || i == 1 || i == 5 || i == 14 || i == 30 || i == 31 ||
-                            i == 33 || i == 36;
+        const bool sShell =
+            i == 0 || i == 1 || i == 5 || i == 14 || i == 30 || i == 31 || i == 33 || i == 36;
         if (!sShell) EXPECT_EQ(Make(i)->GetNonScaledPDF(nucleus), 0.0) << i;
     }
     // The r^2 weight of the averaged shells does not vanish on the z axis: 1S at z = 1 gives

@@ -23,7 +23,7 @@ using veltara::RGBA;
 /// An electron whose unscaled density is a function the test chooses (by default the 1S shape
 /// e^(-2r), written here from the formula, not taken from the engine). Counts its evaluations.
 class PictureElectron : public veltara::cElectron {
-public:
+  public:
     using Density = std::function<double(double x2, double y2, double z2)>;
 
     static double OneS(double x2, double y2, double z2) {

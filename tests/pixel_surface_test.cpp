@@ -305,13 +305,17 @@ TEST(cMemoryDCEx, SetBitsExtremeArguments) {
         int written;  // pixels changed, counted by hand
     } cases[] = {
         {0, 3, kMax32, 0, 0, 16},  // rows 3..0, then the 16 elements run out
-        {0, 3, kMin32, 0, 0, 0},      {0, kMax32, kMax32, 0, 0, 0},  // the band's rows on the
-                                                                     // bitmap lie past the array
-        {0, kMin32, 1, 0, 6, 0},                                     // (3 + 1) - Y overflows
-        {kMax32, 0, 1, 0, 0, 0},                                     // Length = 4 - X is negative
-        {kMin32, 0, 1, 0, 6, 0},                                     // Length = 4 - X overflows
-        {-2147483647, 0, 1, 0, 6, 0}, {kMin32, 0, 1, 5, 0, 0},       // all columns far to the left
-        {kMax32, 0, 1, kMax32, 0, 0}, {0, 0, 1, kMax32, 0, 4},      {0, 0, 1, kMin32, 0, 0},
+        {0, 3, kMin32, 0, 0, 0},
+        {0, kMax32, kMax32, 0, 0, 0},  // the band's rows on the
+                                       // bitmap lie past the array
+        {0, kMin32, 1, 0, 6, 0},       // (3 + 1) - Y overflows
+        {kMax32, 0, 1, 0, 0, 0},       // Length = 4 - X is negative
+        {kMin32, 0, 1, 0, 6, 0},       // Length = 4 - X overflows
+        {-2147483647, 0, 1, 0, 6, 0},
+        {kMin32, 0, 1, 5, 0, 0},  // all columns far to the left
+        {kMax32, 0, 1, kMax32, 0, 0},
+        {0, 0, 1, kMax32, 0, 4},
+        {0, 0, 1, kMin32, 0, 0},
         {-3, 1, 2, kMax32, 0, 2},  // columns 0 of rows 1 and 0: source 4 and 8
     };
     for (const auto& c : cases) {

@@ -73,19 +73,20 @@ TEST(CalcProbabilities, CountsEveryTreatmentWithItsWeights) {
         bool octantSampled;
     };
     const Case cases[] = {
-        {ViewMode::PDF, 0, kF8, true},      {ViewMode::PDF, 1, kF16, true},
-        {ViewMode::PDF, 2, kF16, true},     {ViewMode::PDF, 3, kF16, true},
-        {ViewMode::PDF, 4, kF32, true},     {ViewMode::PDF, 5, kBase, false},
-        {ViewMode::PDF, -1, kBase, false},  {ViewMode::DRPDF, 0, kF8, true},
-        {ViewMode::DRPDF, 1, kF16, true},   {ViewMode::DRPDF, 2, kBase, false},
-        {ViewMode::DRPDF, 3, kF16, true},   {ViewMode::DRPDF, 4, kF32, true},
+        {ViewMode::PDF, 0, kF8, true},       {ViewMode::PDF, 1, kF16, true},
+        {ViewMode::PDF, 2, kF16, true},      {ViewMode::PDF, 3, kF16, true},
+        {ViewMode::PDF, 4, kF32, true},      {ViewMode::PDF, 5, kBase, false},
+        {ViewMode::PDF, -1, kBase, false},   {ViewMode::DRPDF, 0, kF8, true},
+        {ViewMode::DRPDF, 1, kF16, true},    {ViewMode::DRPDF, 2, kBase, false},
+        {ViewMode::DRPDF, 3, kF16, true},    {ViewMode::DRPDF, 4, kF32, true},
         {ViewMode::DRPDF, 99, kBase, false},
     };
     for (const Case& c : cases) {
         const OptFactor f = static_cast<OptFactor>(c.factor);
         // A constant value: every sampled element is 200, everything else stays 0.
-        auto r = WithFake(c.view, [](const COORDdoubleParams&) { return 1.0; },
-                          vt_test::InfoWith(f, f), 10, 200.0);
+        auto r = WithFake(
+            c.view, [](const COORDdoubleParams&) { return 1.0; }, vt_test::InfoWith(f, f), 10,
+            200.0);
         A::CalcProbabilities(*r);
         const OrbitalStats& s = A::Stats(*r);
         const std::string name =
@@ -131,8 +132,8 @@ TEST(CalcProbabilities, MirroredElementsTakeTheValueOfTheEvaluatedPoint) {
         {OptFactor::F32, 2, 7, 3, 2, 3, 7},    // ... and as (C, A, B)
     };
     for (const Case& c : cases) {
-        auto r = WithFake(ViewMode::PDF, density, vt_test::InfoWith(c.factor, c.factor), 127,
-                          255.0);
+        auto r =
+            WithFake(ViewMode::PDF, density, vt_test::InfoWith(c.factor, c.factor), 127, 255.0);
         A::CalcProbabilities(*r);
         const double evaluated = std::nearbyint(f(c.ex, c.ey, c.ez) * 255.0);
         const double direct = std::nearbyint(f(c.x, c.y, c.z) * 255.0);
@@ -151,11 +152,18 @@ TEST(CalcProbabilities, SymmetricDensitiesFillTheWholeGridAsSampledPointByPoint)
         double (*f)(const COORDdoubleParams&);
     };
     const Case cases[] = {
-        {OptFactor::F8, [](const COORDdoubleParams& p) { return std::exp(-p.Xs / 900 - p.Ys / 400 - p.Zs / 1600); }},
-        {OptFactor::F16xy, [](const COORDdoubleParams& p) { return std::exp(-(p.Xs + p.Ys) / 900 - p.Zs / 400); }},
-        {OptFactor::F16yz, [](const COORDdoubleParams& p) { return std::exp(-(p.Ys + p.Zs) / 900 - p.Xs / 400); }},
-        {OptFactor::F16xz, [](const COORDdoubleParams& p) { return std::exp(-(p.Xs + p.Zs) / 900 - p.Ys / 400); }},
-        {OptFactor::F32, [](const COORDdoubleParams& p) {
+        {OptFactor::F8,
+         [](const COORDdoubleParams& p) {
+             return std::exp(-p.Xs / 900 - p.Ys / 400 - p.Zs / 1600);
+         }},
+        {OptFactor::F16xy,
+         [](const COORDdoubleParams& p) { return std::exp(-(p.Xs + p.Ys) / 900 - p.Zs / 400); }},
+        {OptFactor::F16yz,
+         [](const COORDdoubleParams& p) { return std::exp(-(p.Ys + p.Zs) / 900 - p.Xs / 400); }},
+        {OptFactor::F16xz,
+         [](const COORDdoubleParams& p) { return std::exp(-(p.Xs + p.Zs) / 900 - p.Ys / 400); }},
+        {OptFactor::F32,
+         [](const COORDdoubleParams& p) {
              // Powers of two: the products are exact in any order.
              auto hh = [](double s) { return std::exp2(-std::floor(s / 40.0)); };
              return hh(p.Xs) * hh(p.Ys) * hh(p.Zs);
@@ -171,7 +179,8 @@ TEST(CalcProbabilities, SymmetricDensitiesFillTheWholeGridAsSampledPointByPoint)
             for (int y = 0; y < 128; ++y) {
                 for (int x = 0; x < 128; ++x) {
                     const double X = x * step, Y = y * step, Z = z * step;
-                    const int v = static_cast<int>(std::nearbyint(c.f({X * X, Y * Y, Z * Z}) * 255.0));
+                    const int v =
+                        static_cast<int>(std::nearbyint(c.f({X * X, Y * Y, Z * Z}) * 255.0));
                     if (g(x, y, z) != v) ++mismatches;
                     freqs[v] += 1 << ((x > 0) + (y > 0) + (z > 0));
                 }
@@ -186,8 +195,12 @@ TEST(CalcProbabilities, SymmetricDensitiesFillTheWholeGridAsSampledPointByPoint)
 }
 
 // Independent densities of three catalogue orbitals: their textbook forms up to constants.
-double Density1S(const COORDdoubleParams& p) { return std::exp(-2.0 * std::sqrt(p.Xs + p.Ys + p.Zs)); }
-double Density2Pz(const COORDdoubleParams& p) { return p.Zs * std::exp(-std::sqrt(p.Xs + p.Ys + p.Zs)); }
+double Density1S(const COORDdoubleParams& p) {
+    return std::exp(-2.0 * std::sqrt(p.Xs + p.Ys + p.Zs));
+}
+double Density2Pz(const COORDdoubleParams& p) {
+    return p.Zs * std::exp(-std::sqrt(p.Xs + p.Ys + p.Zs));
+}
 double Radial1S(const COORDdoubleParams& p) {
     const double r = std::sqrt(p.Xs + p.Ys + p.Zs);
     return std::exp(-2.0 * r) * std::sqrt(p.Xs + p.Ys) * r;
@@ -221,7 +234,8 @@ TEST(CalcProbabilities, GridHoldsTheOrbitalScaledTo255AtItsMaximum) {
             for (int y = 0; y < 128; y += 5) {
                 for (int x = 0; x < 128; x += 2) {
                     const double X = x * step, Y = y * step, Z = z * step;
-                    const double expected = std::nearbyint(c.density({X * X, Y * Y, Z * Z}) * scale);
+                    const double expected =
+                        std::nearbyint(c.density({X * X, Y * Y, Z * Z}) * scale);
                     // A value may sit a rounding error from a half; allow one level there.
                     const double exact = c.density({X * X, Y * Y, Z * Z}) * scale;
                     if (std::fabs(exact - std::floor(exact) - 0.5) < 1e-9) continue;
@@ -243,7 +257,8 @@ TEST(CalcProbabilities, RowBatchesEqualThePerPointInterface) {
         int16_t index;
         int16_t radius;
     };
-    const Case cases[] = {{ViewMode::PDF, 10, 18}, {ViewMode::DRPDF, 2, 10}, {ViewMode::DRPDF, 24, 32}};
+    const Case cases[] = {
+        {ViewMode::PDF, 10, 18}, {ViewMode::DRPDF, 2, 10}, {ViewMode::DRPDF, 24, 32}};
     for (const Case& c : cases) {
         auto r = Catalogue(c.view, c.index, c.radius);
         A::CalcProbabilities(*r);
@@ -280,13 +295,21 @@ TEST(FindMaxProbability, DensityViewRefinesAShrinkingLattice) {
         {"zero", [](const COORDdoubleParams&) { return 0.0; }, 0.0, {0, 0, 0}, {4, 4, 4}},
         // Largest at x = 14, first met at (14, 0, 0): box [13, 15] x [-1, 1]^2 shifted to
         // [12, 14] x [0, 2]^2.
-        {"rising in x", [](const COORDdoubleParams& p) { return p.Xs; }, 196.0, {144, 0, 0},
+        {"rising in x",
+         [](const COORDdoubleParams& p) { return p.Xs; },
+         196.0,
+         {144, 0, 0},
          {196, 4, 4}},
         // A peak on the first lattice at (3, 5, 7): box [2, 4] x [4, 6] x [6, 8].
-        {"peak", [](const COORDdoubleParams& p) {
-             const double dx = std::sqrt(p.Xs) - 3, dy = std::sqrt(p.Ys) - 5, dz = std::sqrt(p.Zs) - 7;
+        {"peak",
+         [](const COORDdoubleParams& p) {
+             const double dx = std::sqrt(p.Xs) - 3, dy = std::sqrt(p.Ys) - 5,
+                          dz = std::sqrt(p.Zs) - 7;
              return 100 - dx * dx - dy * dy - dz * dz;
-         }, 100.0, {4, 16, 36}, {16, 36, 64}},
+         },
+         100.0,
+         {4, 16, 36},
+         {16, 36, 64}},
     };
     for (const Case& c : cases) {
         vt_test::FakeElectron* e = nullptr;

@@ -26,7 +26,7 @@ OrbitalSetup SetupOf(int16_t index, ViewMode view, int16_t radius, int16_t targe
 
 // A clock that moves on by `step` ms at each reading.
 class SteppingClock {
-public:
+  public:
     SteppingClock(int32_t start, int32_t step) : mNow(start), mStep(step) {
         SetClock([this] {
             const int32_t t = mNow;
@@ -36,7 +36,7 @@ public:
     }
     ~SteppingClock() { SetClock({}); }
 
-private:
+  private:
     int32_t mNow;
     int32_t mStep;
 };
@@ -48,8 +48,11 @@ TEST(Setup, SeedsTheGeneratorFromTheClock) {
         int32_t clock;
         int32_t seed;
     };
-    const Case cases[] = {{1000000000, 30517}, {-1000000000, 30517}, {32769, 1},
-                          {2147483647, 65536}, {-2147483647, 65536}};
+    const Case cases[] = {{1000000000, 30517},
+                          {-1000000000, 30517},
+                          {32769, 1},
+                          {2147483647, 65536},
+                          {-2147483647, 65536}};
     for (const Case& c : cases) {
         vt_test::FixedClock clock(c.clock);
         cOrbitalPDF r;
@@ -184,7 +187,8 @@ TEST(ReFillDotMatrix, NewCloudFromTheSameGridKeepingTheCalculationTime) {
     SteppingClock clock(700000000, 3);  // CalcTime 3 at setup
     cOrbitalPDF r;
     r.Setup(SetupOf(4, ViewMode::PDF, 8, 1000, 50));
-    const std::vector<uint8_t> grid(A::ProbMatrix(r).Data(), A::ProbMatrix(r).Data() + 128 * 128 * 128);
+    const std::vector<uint8_t> grid(A::ProbMatrix(r).Data(),
+                                    A::ProbMatrix(r).Data() + 128 * 128 * 128);
     const int32_t seed = modRand::State();
     EXPECT_EQ(r.ReFillDotMatrix(int32_t{4000}, uint8_t{20}), 0);
     const OrbitalStats s = r.GetStats();
@@ -205,9 +209,9 @@ TEST(ReFillDotMatrix, NewCloudFromTheSameGridKeepingTheCalculationTime) {
 }
 
 TEST(Setup, SameClockSameCloudThroughTheCollection) {
-    for (const OrbitalSetup& setup : {SetupOf(9, ViewMode::PDF, 18, 5000, 30),
-                                      SetupOf(13, ViewMode::DRPDF, 20, 5000, 50),
-                                      SetupOf(37, ViewMode::PDF, 28, 8000, 50)}) {
+    for (const OrbitalSetup& setup :
+         {SetupOf(9, ViewMode::PDF, 18, 5000, 30), SetupOf(13, ViewMode::DRPDF, 20, 5000, 50),
+          SetupOf(37, ViewMode::PDF, 28, 8000, 50)}) {
         vt_test::FixedClock clock(123456789);
         cOrbitalCol col;
         const int16_t a = col.Add(setup);
@@ -229,7 +233,8 @@ TEST(Setup, EveryCatalogueOrbitalInBothViewsWithItsDefaults) {
             const bool pdf = view == ViewMode::PDF;
             const OrbitalSetup s = SetupOf(
                 i, view, pdf ? info.DefaultPDFAtomRadius : info.DefaultDRPDFAtomRadius, 5000,
-                static_cast<uint8_t>(pdf ? info.DefaultPDFDotThreshold : info.DefaultDRPDFDotThreshold));
+                static_cast<uint8_t>(pdf ? info.DefaultPDFDotThreshold
+                                         : info.DefaultDRPDFDotThreshold));
             cOrbitalCol col;
             try {
                 EXPECT_EQ(col.Add(s), 0);

@@ -7,10 +7,9 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 namespace {
 
@@ -18,7 +17,7 @@ using nlohmann::json;
 
 /// One `veltara serve --port 0` process for the life of the object.
 class Server {
-public:
+  public:
     explicit Server(const std::vector<std::string>& extra) {
         int out[2];
         if (pipe(out) != 0) return;
@@ -61,7 +60,7 @@ public:
         return client;
     }
 
-private:
+  private:
     pid_t mPid = -1;
     int mPort = 0;
 };
@@ -77,7 +76,7 @@ void ExpectAlive(const Server& server) {
 }
 
 class ServeApi : public ::testing::Test {
-protected:
+  protected:
     static void SetUpTestSuite() {
         sServer = new Server({"--clock", "40000", "--max-orbitals", "3"});
         ASSERT_GT(sServer->port(), 0);
@@ -154,12 +153,11 @@ TEST_F(ServeApi, BadInputGetsA4xxJsonErrorAndTheServerStaysUp) {
         if (const auto at = path.find("{h}"); at != std::string::npos) {
             path.replace(at, 3, std::to_string(sHandle));
         }
-        httplib::Result r = std::string(c.method) == "POST"
-                                ? client.Post(path, c.body, "application/json")
-                            : std::string(c.method) == "PUT"
-                                ? client.Put(path, c.body, "application/json")
-                            : std::string(c.method) == "DELETE" ? client.Delete(path)
-                                                                : client.Get(path);
+        httplib::Result r =
+            std::string(c.method) == "POST"     ? client.Post(path, c.body, "application/json")
+            : std::string(c.method) == "PUT"    ? client.Put(path, c.body, "application/json")
+            : std::string(c.method) == "DELETE" ? client.Delete(path)
+                                                : client.Get(path);
         ASSERT_TRUE(r);
         EXPECT_EQ(r->status, c.status) << r->body;
         EXPECT_EQ(r->get_header_value("Content-Type"), "application/json");

@@ -10,15 +10,15 @@
 #include "support/error.h"
 
 /// Expects `statement` to raise engine error `expected_number` with its message.
-#define EXPECT_VT_ERROR(statement, expected_number)                                   \
-    do {                                                                              \
-        try {                                                                         \
-            statement;                                                                \
+#define EXPECT_VT_ERROR(statement, expected_number)                                         \
+    do {                                                                                    \
+        try {                                                                               \
+            statement;                                                                      \
             ADD_FAILURE() << "expected error " << (expected_number) << " from " #statement; \
-        } catch (const ::veltara::Error& vt_error_) {                                 \
-            EXPECT_EQ(vt_error_.number(), (expected_number)) << #statement;           \
-            EXPECT_STREQ(vt_error_.what(), ::veltara::ErrorText(expected_number));    \
-        }                                                                             \
+        } catch (const ::veltara::Error& vt_error_) {                                       \
+            EXPECT_EQ(vt_error_.number(), (expected_number)) << #statement;                 \
+            EXPECT_STREQ(vt_error_.what(), ::veltara::ErrorText(expected_number));          \
+        }                                                                                   \
     } while (0)
 
 namespace vt_test {
@@ -26,7 +26,7 @@ namespace vt_test {
 /// Fixes the calling thread's clock at `ms` for the scope (readings above 32768 ms give a
 /// non-zero generator seed); `Advance` moves it on.
 class FixedClock {
-public:
+  public:
     explicit FixedClock(int32_t ms) : mNow(ms) {
         veltara::SetClock([this] { return mNow; });
     }
@@ -34,7 +34,7 @@ public:
     void Set(int32_t ms) { mNow = ms; }
     void Advance(int32_t ms) { mNow += ms; }
 
-private:
+  private:
     int32_t mNow;
 };
 

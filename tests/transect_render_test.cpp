@@ -38,9 +38,12 @@ RenderRequest TransectRequest(RenderSize size, TransectDirection dir, int16_t no
 /// meaning: AlongX shows Y across and Z up, Alongy X across and Z up, Alongz X across, Y up.
 uint8_t Expected(TransectDirection dir, int t, int a, int b) {
     switch (dir) {
-        case TransectDirection::AlongX: return Pattern(t, a, b);
-        case TransectDirection::Alongy: return Pattern(a, t, b);
-        default: return Pattern(a, b, t);
+        case TransectDirection::AlongX:
+            return Pattern(t, a, b);
+        case TransectDirection::Alongy:
+            return Pattern(a, t, b);
+        default:
+            return Pattern(a, b, t);
     }
 }
 
@@ -62,8 +65,7 @@ TEST(RenderTransect, GreySliceIsTheGridMirroredBothWaysAboutTheCentre) {
             for (int j = -c.reach; j <= c.reach; ++j) {
                 const std::vector<RGBA> row = s.GetBits(c.centre + j);
                 for (int i = -c.reach; i <= c.reach; ++i) {
-                    const uint8_t p =
-                        Expected(dir, 9, std::abs(i) * c.step, std::abs(j) * c.step);
+                    const uint8_t p = Expected(dir, 9, std::abs(i) * c.step, std::abs(j) * c.step);
                     ASSERT_EQ(row[c.centre + i], vt_test::Grey(p))
                         << "dir " << static_cast<int>(dir) << " i " << i << " j " << j;
                 }
@@ -121,8 +123,8 @@ TEST(RenderTransect, LevelSchemeColoursFromRedBrownToGreen) {
         RGBA colour;  // G = p p \ 255, R = (255 - p) p \ 255, worked by hand
     };
     const Case cases[] = {
-        {0, {0, 0, 0, 0}},      {64, {0, 16, 47, 0}},  {127, {0, 63, 63, 0}},
-        {128, {0, 64, 63, 0}},  {200, {0, 156, 43, 0}}, {255, {0, 255, 0, 0}},
+        {0, {0, 0, 0, 0}},     {64, {0, 16, 47, 0}},   {127, {0, 63, 63, 0}},
+        {128, {0, 64, 63, 0}}, {200, {0, 156, 43, 0}}, {255, {0, 255, 0, 0}},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(NanoPixel(c.p, kTrue, kTrue, RenderMode::Orthographic), c.colour) << int{c.p};
@@ -137,12 +139,10 @@ TEST(RenderTransect, GreySchemeUnlessBothFlagsAndAPlainCompanion) {
         RenderMode companion;
     };
     const Case greyCases[] = {
-        {kTrue, kTrue, RenderMode::Anaglyph},    // companion anaglyph: grey
-        {kTrue, kTrue, RenderMode::Volumetric},
-        {kTrue, kTrue, RenderMode::Transect},
-        {kFalse, kTrue, RenderMode::Orthographic},
-        {kTrue, kFalse, RenderMode::Orthographic},
-        {1, kTrue, RenderMode::Orthographic},     // only exactly -1 counts as set
+        {kTrue, kTrue, RenderMode::Anaglyph},  // companion anaglyph: grey
+        {kTrue, kTrue, RenderMode::Volumetric},    {kTrue, kTrue, RenderMode::Transect},
+        {kFalse, kTrue, RenderMode::Orthographic}, {kTrue, kFalse, RenderMode::Orthographic},
+        {1, kTrue, RenderMode::Orthographic},  // only exactly -1 counts as set
         {kTrue, 1, RenderMode::Orthographic},
     };
     for (const Case& c : greyCases) {
@@ -179,8 +179,8 @@ TEST(RenderTransect, SliceBeyondTheGridFailsAfterTheSurfaceIsRecreated) {
     EXPECT_EQ(fresh.Width(), 127);
     EXPECT_EQ(vt_test::PixelAt(fresh, 63, 63), vt_test::Grey(0));
     // -128 is fine in 16 bits but lies beyond the grid too; 127 is the last slice.
-    EXPECT_VT_ERROR(r->GetRender(TransectRequest(RenderSize::Main, TransectDirection::Alongz, -128)),
-                    9);
+    EXPECT_VT_ERROR(
+        r->GetRender(TransectRequest(RenderSize::Main, TransectDirection::Alongz, -128)), 9);
     r->GetRender(TransectRequest(RenderSize::Main, TransectDirection::Alongz, -127));
 }
 
@@ -199,8 +199,8 @@ TEST(RenderTransect, UnknownDirectionGivesAFreshBlackSurfaceWithItsHandle) {
     auto r = WithPatternGrid();
     const RenderDCinfo before =
         r->GetRender(TransectRequest(RenderSize::Main, TransectDirection::AlongX, 3));
-    const RenderDCinfo after = r->GetRender(
-        TransectRequest(RenderSize::Main, static_cast<TransectDirection>(-4), 3));
+    const RenderDCinfo after =
+        r->GetRender(TransectRequest(RenderSize::Main, static_cast<TransectDirection>(-4), 3));
     EXPECT_NE(after.MainHDC, before.MainHDC);
     const cMemoryDCEx& s = vt_test::Surface(after.MainHDC);
     for (int row = 0; row < 375; ++row) {
@@ -213,8 +213,8 @@ TEST(RenderTransect, OtherSizesChangeNothing) {
     auto r = WithPatternGrid();
     const RenderDCinfo before =
         r->GetRender(TransectRequest(RenderSize::Nano, TransectDirection::AlongX, 3));
-    const RenderDCinfo after = r->GetRender(
-        TransectRequest(static_cast<RenderSize>(200), TransectDirection::AlongX, 3));
+    const RenderDCinfo after =
+        r->GetRender(TransectRequest(static_cast<RenderSize>(200), TransectDirection::AlongX, 3));
     EXPECT_EQ(after.NanoHDC, before.NanoHDC);
     EXPECT_EQ(after.MainHDC, before.MainHDC);
     EXPECT_NE(SurfaceFromHandle(before.NanoHDC), nullptr);

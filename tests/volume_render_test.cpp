@@ -39,8 +39,8 @@ struct Vec {
 
 /// The view basis written out as rotation matrices: about Z by phi, then about X by theta.
 Vec Turn(Vec v, double theta, double phi) {
-    const Vec a{v.x * std::cos(phi) - v.y * std::sin(phi), v.x * std::sin(phi) + v.y * std::cos(phi),
-                v.z};
+    const Vec a{v.x * std::cos(phi) - v.y * std::sin(phi),
+                v.x * std::sin(phi) + v.y * std::cos(phi), v.z};
     return {a.x, a.y * std::cos(theta) + a.z * std::sin(theta),
             -a.y * std::sin(theta) + a.z * std::cos(theta)};
 }
@@ -134,7 +134,8 @@ TEST(RenderVolume, FinishedPictureIsTheDepthWeightedRaySumOfTheDensity) {
         ExpectMatchesReference(
             vt_test::Surface(main ? info.MainHDC : info.NanoHDC), main ? 60 : 0,
             Reference(main ? 255 : 127, c.quality, c.radius, c.theta, c.phi,
-                      c.view == ViewMode::PDF ? PictureElectron::Density(PictureElectron::OneS) : radial));
+                      c.view == ViewMode::PDF ? PictureElectron::Density(PictureElectron::OneS)
+                                              : radial));
     }
 }
 
@@ -170,11 +171,13 @@ TEST(RenderVolume, PreviewResolutionFollowsTheFactorCappedRaisedAndMadeOdd) {
         int res;  // worked by hand: Int(quality * factor), capped, at least 16, odd
     };
     const Case cases[] = {
-        {9.0f, 5, RenderSize::Nano, 45},    {9.0f, 10, RenderSize::Nano, 89},
-        {9.0f, 0, RenderSize::Main, 45},    // quality 0 means 5
-        {1.0f, 5, RenderSize::Main, 15},    // 5 -> 16 -> 15
-        {4.0f, 6, RenderSize::Nano, 23},    // 24 is even
-        {100.0f, 10, RenderSize::Main, 255}, {100.0f, 10, RenderSize::Nano, 127},
+        {9.0f, 5, RenderSize::Nano, 45},
+        {9.0f, 10, RenderSize::Nano, 89},
+        {9.0f, 0, RenderSize::Main, 45},  // quality 0 means 5
+        {1.0f, 5, RenderSize::Main, 15},  // 5 -> 16 -> 15
+        {4.0f, 6, RenderSize::Nano, 23},  // 24 is even
+        {100.0f, 10, RenderSize::Main, 255},
+        {100.0f, 10, RenderSize::Nano, 127},
         {30.0f, 10, static_cast<RenderSize>(200), 127},
     };
     for (const Case& c : cases) {
@@ -251,7 +254,8 @@ TEST(RenderVolume, DimFrameAfterABrightOneIsNormalisedByTheBrightMaximum) {
     }
     EXPECT_GT(brightest, 240);
     // Another quality level has its own maximum: the dim orbital is bright there.
-    const std::vector<uint8_t> other = picture(r->GetRender(Volume(RenderSize::Nano, 7, kTrue, 0.5)));
+    const std::vector<uint8_t> other =
+        picture(r->GetRender(Volume(RenderSize::Nano, 7, kTrue, 0.5)));
     EXPECT_GT(*std::max_element(other.begin(), other.end()), 150);
 }
 
