@@ -1,6 +1,6 @@
 # Veltara: make run (the viewer) | make gallery | make test | make bench | make format
 JOBS ?= $(shell nproc)
-.PHONY: setup run gallery test test-release test-debug bench format clean
+.PHONY: setup run gallery check test test-release test-debug bench format clean
 
 setup:
 	@bash scripts/setup
@@ -32,8 +32,13 @@ test-debug: setup build/debug/build.ninja
 	cmake --build --preset debug -j $(JOBS)
 	ctest --preset debug -j $(JOBS)
 
+# The tree's own rules: no include runs upwards, every C/C++ file in the house format.
+check: setup
+	python3 scripts/check_layers
+	clang-format --dry-run --Werror $$(git ls-files '*.h' '*.cpp' '*.c')
+
 # The suite runs twice: optimised, then under AddressSanitizer and UndefinedBehaviorSanitizer.
-test: test-release test-debug
+test: check test-release test-debug
 
 bench: setup build/bench/build.ninja
 	cmake --build --preset bench -j $(JOBS)

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "engine/PublicTypes.h"
+#include "../records/PublicTypes.h"
 
 namespace veltara {
 

@@ -17,7 +17,7 @@
 
 #include "electron/cElectron.h"
 #include "electron/density_arithmetic.h"
-#include "engine/PublicTypes.h"
+#include "records/PublicTypes.h"
 #include "support/convert.h"
 
 namespace veltara {

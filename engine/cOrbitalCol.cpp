@@ -4,7 +4,6 @@
 #include <charconv>
 #include <string_view>
 
-#include "render/orbital_renderer.h"
 #include "support/convert.h"
 
 namespace veltara {
@@ -80,9 +79,8 @@ cOrbital& cOrbitalCol::Occupant(int32_t index) {
     return *r;
 }
 
-const OrbitalRenderer* cOrbitalCol::Renderer(int16_t index) const {
-    CheckBounds(index);
-    return dynamic_cast<const OrbitalRenderer*>(mOrbitals[static_cast<size_t>(index)].get());
+const cOrbital& cOrbitalCol::Orbital(int16_t index) const {
+    return const_cast<cOrbitalCol*>(this)->Occupant(index);
 }
 
 RenderDCinfo cOrbitalCol::GetRender(const int16_t& index, const RenderRequest& RenderInfo) {
@@ -104,16 +102,7 @@ int16_t cOrbitalCol::Add(const OrbitalSetup& Info) {
 
     // 2. The renderer of the view; any other view leaves the slot empty.
     std::unique_ptr<cOrbital>& slot = mOrbitals[static_cast<size_t>(mNextOrbIndex)];
-    switch (Info.OrbitalViewMode) {
-        case ViewMode::PDF:
-            slot = std::make_unique<cOrbitalPDF>();
-            break;
-        case ViewMode::DRPDF:
-            slot = std::make_unique<cOrbitalDRPDF>();
-            break;
-        default:
-            break;
-    }
+    slot = CreateOrbitalRenderer(Info.OrbitalViewMode);
 
     // 3. The whole calculation. An error leaves the renderer in its slot and the next index
     // as it was: the slot stays taken until the host deletes it.

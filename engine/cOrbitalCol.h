@@ -7,12 +7,11 @@
 #include <variant>
 #include <vector>
 
-#include "engine/PublicTypes.h"
-#include "render/cOrbital.h"
+#include "../records/PublicTypes.h"
+#include "../render/cOrbital.h"
 
 namespace veltara {
 
-class OrbitalRenderer;
 struct OrbitalColTestAccess;  // white-box access for the test suite
 
 /// The untyped index of ReFillDotMatrix: a 16-bit or 32-bit integer, a double or a numeric
@@ -65,8 +64,9 @@ class cOrbitalCol {
     int16_t UBound() const;
     /// The slot that the next Add fills.
     int16_t NextOrbIndex() const { return mNextOrbIndex; }
-    /// The renderer in slot `index`, nullptr for an empty slot. Raises 9 outside the bounds.
-    const OrbitalRenderer* Renderer(int16_t index) const;
+    /// The orbital in slot `index`, read-only: its setup, dots and grid. Raises 9 outside the
+    /// bounds, 91 for an empty slot.
+    const cOrbital& Orbital(int16_t index) const;
 
   private:
     friend struct OrbitalColTestAccess;

@@ -5,8 +5,8 @@
 #include <memory>
 #include <vector>
 
-#include "engine/PublicTypes.h"
-#include "engine/cOrbitalCol.h"
+#include "../engine/cOrbitalCol.h"
+#include "../records/PublicTypes.h"
 
 namespace veltara {
 

@@ -9,7 +9,6 @@
 #include "host/c_guard.h"
 #include "host/c_objects.h"
 #include "host/c_records.h"
-#include "render/orbital_renderer.h"
 #include "support/error.h"
 
 using veltara::host::Guard;
@@ -18,11 +17,9 @@ using veltara::host::kNullObject;
 
 namespace {
 
-/// The renderer in a slot: 9 outside the slots, 91 for an empty one.
-const veltara::OrbitalRenderer& Occupant(vt_engine& e, int16_t index) {
-    const veltara::OrbitalRenderer* r = e.engine.Orbitals()->Renderer(index);
-    if (r == nullptr) veltara::Raise(veltara::kErrObjectNotSet);
-    return *r;
+/// The orbital in a slot: 9 outside the slots, 91 for an empty one.
+const veltara::cOrbital& Occupant(vt_engine& e, int16_t index) {
+    return e.engine.Orbitals()->Orbital(index);
 }
 
 }  // namespace
@@ -40,7 +37,7 @@ int32_t vt_get_dots(vt_engine* e, int16_t index, vt_PointArray* dots, int32_t ca
     if (e == nullptr) return kNullObject;
     if (count == nullptr || (dots == nullptr && capacity != 0)) return kNullArgument;
     return Guard([&]() -> int32_t {
-        const std::vector<veltara::PointArray>& held = Occupant(*e, index).Dots();
+        const std::span<const veltara::PointArray> held = Occupant(*e, index).Dots();
         *count = static_cast<int32_t>(held.size());
         if (dots == nullptr) return 0;
         if (capacity < 0 || static_cast<size_t>(capacity) < held.size()) {
@@ -56,15 +53,14 @@ int32_t vt_get_grid(vt_engine* e, int16_t index, uint8_t* grid, size_t size) {
     if (e == nullptr) return kNullObject;
     if (grid == nullptr) return kNullArgument;
     return Guard([&]() -> int32_t {
-        const veltara::ProbGrid& g = Occupant(*e, index).ProbMatrix();
+        const std::span<const uint8_t> g = Occupant(*e, index).ProbMatrix();
         constexpr size_t kBytes = static_cast<size_t>(VT_GRID_SIZE) * VT_GRID_SIZE * VT_GRID_SIZE;
-        static_assert(veltara::ProbGrid::kSize == VT_GRID_SIZE);
         if (size < kBytes) return veltara::kErrSubscript;
         // A grid never sampled (its Setup failed part-way) reads as zeros.
-        if (g.Empty()) {
+        if (g.empty()) {
             std::memset(grid, 0, kBytes);
         } else {
-            std::memcpy(grid, g.Data(), kBytes);
+            std::memcpy(grid, g.data(), kBytes);
         }
         return 0;
     });

@@ -4,8 +4,8 @@
 
 #include <bit>
 
-#include "engine/PublicTypes.h"
 #include "host/veltara.h"
+#include "records/PublicTypes.h"
 
 namespace veltara::host {
 

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <span>
 
-#include "engine/PublicTypes.h"
+#include "../records/PublicTypes.h"
 
 namespace veltara {
 
@@ -21,6 +23,18 @@ class cOrbital {
     virtual int32_t ReFillDotMatrix(const int32_t& TargetNum, const uint8_t& ProbThreshHold) = 0;
     /// Renders one picture into the surface of the requested size; the device handles.
     virtual RenderDCinfo GetRender(const RenderRequest& RenderInfo) = 0;
+
+    // Read-only views of the renderer's state, for hosts that export data.
+
+    /// The setup record this renderer was given.
+    virtual const OrbitalSetup& SetupRecord() const = 0;
+    /// The dot cloud (empty before the first fill).
+    virtual std::span<const PointArray> Dots() const = 0;
+    /// The 128^3 probability grid, X fastest (empty when it was never sampled).
+    virtual std::span<const uint8_t> ProbMatrix() const = 0;
 };
+
+/// The renderer of a view: cOrbitalPDF or cOrbitalDRPDF; nullptr for any other view.
+std::unique_ptr<cOrbital> CreateOrbitalRenderer(ViewMode view);
 
 }  // namespace veltara

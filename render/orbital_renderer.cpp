@@ -14,16 +14,21 @@ OrbitalRenderer::OrbitalRenderer(ViewMode view) : mView(view) {}
 
 OrbitalRenderer::~OrbitalRenderer() = default;
 
+std::unique_ptr<cOrbital> CreateOrbitalRenderer(ViewMode view) {
+    switch (view) {
+        case ViewMode::PDF:
+            return std::make_unique<cOrbitalPDF>();
+        case ViewMode::DRPDF:
+            return std::make_unique<cOrbitalDRPDF>();
+    }
+    return nullptr;
+}
+
 cElectron& OrbitalRenderer::LiveElectron() {
     // The catalogue hands out no object for an unknown index and raises nothing; the failure
     // shows at the first call that needs the electron, like any unset object reference.
     if (!mElectron) Raise(kErrObjectNotSet);
     return *mElectron;
-}
-
-double OrbitalRenderer::NonScaled(const COORDdoubleParams& p) {
-    cElectron& e = LiveElectron();
-    return mView == ViewMode::PDF ? e.GetNonScaledPDF(p) : e.GetNonScaledDRPDF(p);
 }
 
 void OrbitalRenderer::SetScaleFactor(double factor) {

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "electron/cElectron.h"
-#include "engine/PublicTypes.h"
+#include "records/PublicTypes.h"
 #include "render/cOrbital.h"
 #include "render/prob_grid.h"
 #include "support/cMemoryDCEx.h"
@@ -35,16 +35,19 @@ class OrbitalRenderer : public cOrbital {
     ViewMode View() const { return mView; }
 
     // Read-only views of the renderer's state, for hosts that export data.
-    const OrbitalSetup& SetupRecord() const { return mSetup; }
-    const ProbGrid& ProbMatrix() const { return mProbMatrix; }
-    const std::vector<PointArray>& Dots() const { return mDots; }
+    const OrbitalSetup& SetupRecord() const override { return mSetup; }
+    std::span<const PointArray> Dots() const override { return mDots; }
+    std::span<const uint8_t> ProbMatrix() const override {
+        if (mProbMatrix.Empty()) return {};
+        return {mProbMatrix.Data(),
+                static_cast<size_t>(ProbGrid::kSize) * ProbGrid::kSize * ProbGrid::kSize};
+    }
     cElectron* Electron() const { return mElectron.get(); }
 
   private:
     friend struct RendererTestAccess;
 
-    // The electron of this renderer's view: unscaled value, scale factor (see the .cpp).
-    double NonScaled(const COORDdoubleParams& p);
+    /// Sets the scale factor of this renderer's view on the electron.
     void SetScaleFactor(double factor);
     /// The electron, or error 91 when the catalogue gave none (an index outside 0..39).
     cElectron& LiveElectron();

@@ -10,8 +10,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "engine/PublicTypes.h"
-#include "support/rgba_array.h"
+#include "../records/PublicTypes.h"
+#include "../support/rgba_array.h"
 
 namespace veltara {
 

@@ -34,11 +34,3 @@ class Error : public std::runtime_error {
 [[noreturn]] void Raise(int32_t number);
 
 }  // namespace veltara
-
-/// A programming mistake inside the engine (never bad input from a caller).
-#ifdef NDEBUG
-#define VT_DCHECK(cond) ((void)0)
-#else
-#include <cassert>
-#define VT_DCHECK(cond) assert(cond)
-#endif

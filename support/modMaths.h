@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "engine/PublicTypes.h"
+#include "records/PublicTypes.h"
 
 namespace veltara::modMaths {
 

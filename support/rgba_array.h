@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "engine/PublicTypes.h"
-#include "support/error.h"
+#include "../records/PublicTypes.h"
+#include "../support/error.h"
 
 namespace veltara {
 

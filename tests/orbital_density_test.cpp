@@ -287,7 +287,9 @@ TEST(OrbitalDensity, ValuesAtTheNucleusAndOnTheZAxis) {
         EXPECT_EQ(Make(i)->GetRealDRPDF(nucleus), 0.0) << i;
         const bool sShell =
             i == 0 || i == 1 || i == 5 || i == 14 || i == 30 || i == 31 || i == 33 || i == 36;
-        if (!sShell) EXPECT_EQ(Make(i)->GetNonScaledPDF(nucleus), 0.0) << i;
+        if (!sShell) {
+            EXPECT_EQ(Make(i)->GetNonScaledPDF(nucleus), 0.0) << i;
+        }
     }
     // The r^2 weight of the averaged shells does not vanish on the z axis: 1S at z = 1 gives
     // e^-2 x 1; the rho r weight of the single orbitals does.

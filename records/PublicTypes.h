@@ -78,6 +78,19 @@ struct RenderRequest {
     int16_t StereoFactor = 0;  ///< divisor of the eye separation of anaglyphs
 };
 
+/// The request a host starts from: the main picture, orthographic, seen from angles 0, camera
+/// 400, projection plane 200, stereo factor 20, volume quality 10, finished. Every host (the C
+/// interface, the command, the server, the page) takes its defaults from here.
+inline constexpr RenderRequest DefaultRenderRequest() {
+    RenderRequest r;
+    r.CameraPos = 400;
+    r.ProjectionPlane = 200;
+    r.StereoFactor = 20;
+    r.VolQuality = 10;
+    r.VolFinal = kTrue;
+    return r;
+}
+
 /// Device handles of a renderer's two surfaces as last drawn (0 before the first picture).
 struct RenderDCinfo {
     int32_t MainHDC = 0;
