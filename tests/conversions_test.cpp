@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <optional>
 #include <thread>
 
 #include "support/clock.h"
@@ -14,179 +13,59 @@ namespace {
 
 using namespace veltara;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
-
-// An expected integer, or nullopt for error 6.
-struct RoundCase {
-    double in;
-    std::optional<int64_t> out;
-};
-
-TEST(Convert, ToByteRoundsHalfToEvenWithin0To255) {
-    const RoundCase cases[] = {
-        {0.5, 0},
-        {1.5, 2},
-        {2.5, 2},
-        {254.5, 254},
-        {254.6, 255},
-        {255.0, 255},
-        {255.49, 255},
-        {255.5, std::nullopt},
-        {256.0, std::nullopt},
-        {-0.5, 0},
-        {-0.51, std::nullopt},
-        {-1.0, std::nullopt},
-        {kNaN, std::nullopt},
-        {kInf, std::nullopt},
-        {-kInf, std::nullopt},
-    };
-    for (const RoundCase& c : cases) {
-        if (c.out) {
-            EXPECT_EQ(ToByte(c.in), *c.out) << c.in;
-        } else {
-            EXPECT_VT_ERROR(ToByte(c.in), 6);
-        }
-    }
-}
-
-TEST(Convert, ToInt16RoundsHalfToEvenWithin16Bits) {
-    const RoundCase cases[] = {
-        {-0.5, 0},
-        {-1.5, -2},
-        {32766.5, 32766},
-        {32767.4, 32767},
-        {32767.5, std::nullopt},  // rounds to 32768
-        {-32768.5, -32768},       // the even neighbour is in range
-        {-32769.5, std::nullopt},
-        {-32767.5, -32768},
-        {kNaN, std::nullopt},
-        {kInf, std::nullopt},
-        {-kInf, std::nullopt},
-    };
-    for (const RoundCase& c : cases) {
-        if (c.out) {
-            EXPECT_EQ(ToInt16(c.in), *c.out) << c.in;
-        } else {
-            EXPECT_VT_ERROR(ToInt16(c.in), 6);
-        }
-    }
-}
-
-TEST(Convert, ToInt32RoundsHalfToEvenWithin32Bits) {
-    const RoundCase cases[] = {
-        {2.5, 2},
-        {3.5, 4},
-        {-2.5, -2},
-        {2147483646.5, 2147483646},
-        {2147483647.0, 2147483647},
-        {2147483647.5, std::nullopt},    // rounds to 2^31
-        {-2147483648.5, -2147483648LL},  // the even neighbour -2^31 is in range
-        {-2147483649.5, std::nullopt},
-        {1e300, std::nullopt},
-        {kNaN, std::nullopt},
-        {kInf, std::nullopt},
-        {-kInf, std::nullopt},
-    };
-    for (const RoundCase& c : cases) {
-        if (c.out) {
-            EXPECT_EQ(ToInt32(c.in), *c.out) << c.in;
-        } else {
-            EXPECT_VT_ERROR(ToInt32(c.in), 6);
-        }
-    }
-}
-
-TEST(Convert, IntRoundsTowardsMinusInfinity) {
-    const struct {
-        double in, out;
-    } cases[] = {{-0.5, -1}, {0.5, 0}, {-1.0, -1}, {2.99, 2}, {-2.01, -3}};
-    for (const auto& c : cases) EXPECT_EQ(Int(c.in), c.out) << c.in;
-}
-
-// Checked integer arithmetic: the 64-bit result of a, b is the reference; outside the width
-// the operation raises 6.
-TEST(Convert, SixteenBitArithmeticOverflowRaises6) {
-    constexpr int16_t kMax = 32767;
-    constexpr int16_t kMin = -32768;
-    EXPECT_EQ(Add16(32000, 767), kMax);
-    EXPECT_VT_ERROR(Add16(kMax, 1), 6);
-    EXPECT_EQ(Sub16(-32000, 768), kMin);
-    EXPECT_VT_ERROR(Sub16(kMin, 1), 6);
-    EXPECT_EQ(Mul16(-128, 256), kMin);
-    EXPECT_VT_ERROR(Mul16(128, 256), 6);
-    EXPECT_EQ(Neg16(kMax), -32767);
-    EXPECT_VT_ERROR(Neg16(kMin), 6);
-    EXPECT_EQ(Abs16(-32767), kMax);
-    EXPECT_VT_ERROR(Abs16(kMin), 6);
-}
-
-TEST(Convert, ThirtyTwoBitArithmeticOverflowRaises6) {
-    constexpr int32_t kMax = 2147483647;
-    constexpr int32_t kMin = -2147483647 - 1;
-    EXPECT_EQ(Add32(2147483600, 47), kMax);
-    EXPECT_VT_ERROR(Add32(kMax, 1), 6);
-    EXPECT_EQ(Sub32(-2147483600, 48), kMin);
-    EXPECT_VT_ERROR(Sub32(kMin, 1), 6);
-    EXPECT_VT_ERROR(Sub32(0, kMin), 6);
-    EXPECT_EQ(Mul32(-65536, 32768), kMin);
-    EXPECT_VT_ERROR(Mul32(65536, 32768), 6);
-    EXPECT_EQ(Neg32(kMax), -2147483647);
-    EXPECT_VT_ERROR(Neg32(kMin), 6);
-    EXPECT_EQ(Abs32(-2147483647), kMax);
-    EXPECT_VT_ERROR(Abs32(kMin), 6);
-}
-
-TEST(Convert, FloatingFaultsBecomeEngineErrors) {
-    EXPECT_VT_ERROR(CheckFinite(kNaN), 5);
-    EXPECT_VT_ERROR(CheckFinite(-kInf), 6);
-    EXPECT_VT_ERROR(Divide(1.0, 0.0), 11);
-    EXPECT_VT_ERROR(Divide(1e300, 1e-300), 6);
-    EXPECT_VT_ERROR(CheckedSqrt(-1.0), 5);
-    EXPECT_EQ(Divide(1.0, 4.0), 0.25);
-}
-
-TEST(Clock, ElapsedMsIsChecked32BitDifference) {
-    EXPECT_EQ(ElapsedMs(100, 40), 60);
-    EXPECT_EQ(ElapsedMs(-10, -2147483647 - 1), 2147483638);
-    EXPECT_VT_ERROR(ElapsedMs(-2147483647 - 1, 1), 6);
-    EXPECT_VT_ERROR(ElapsedMs(2147483647, -1), 6);
-}
-
-// The system clock as std::chrono reads it: milliseconds of CLOCK_MONOTONIC, wrapped to 32 bits.
-int32_t SteadyMs() {
-    const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(
-                        std::chrono::steady_clock::now().time_since_epoch())
-                        .count();
-    return static_cast<int32_t>(static_cast<uint32_t>(ms));
-}
-
-// Whether a reading lies within a second of the system clock (wrapping difference).
-bool NearSystemClock(int32_t reading) {
-    const int32_t diff =
-        static_cast<int32_t>(static_cast<uint32_t>(reading) - static_cast<uint32_t>(SteadyMs()));
-    return diff > -1000 && diff < 1000;
-}
-
-TEST(Clock, SetClockIsPerThreadAndEmptyRestoresSystemClock) {
-    constexpr int32_t kFixed = -123456789;
-    SetClock([] { return kFixed; });
-    EXPECT_EQ(TimeGetTime(), kFixed);
-
-    int32_t otherReading = 0;
-    int32_t otherFixed = 0;
-    std::thread other([&] {
-        otherReading = TimeGetTime();
-        SetClock([] { return 5; });
-        otherFixed = TimeGetTime();
+TEST(Convert, EdgeCasesAndErrors) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const int32_t min32 = std::numeric_limits<int32_t>::min(), max32 = 2147483647;
+    // Rounding is to nearest with ties to even; the bounds are those of the width.
+    vt_test::CheckEdges({
+        VT_GIVES(2, ToByte(2.5)),
+        VT_GIVES(0, ToByte(-0.5)),
+        VT_RAISES(6, ToByte(-0.51)),
+        VT_GIVES(255, ToByte(255.49)),
+        VT_RAISES(6, ToByte(255.5)),
+        VT_RAISES(6, ToByte(nan)),
+        VT_GIVES(32767, ToInt16(32767.4)),
+        VT_RAISES(6, ToInt16(32767.5)),
+        VT_GIVES(-32768, ToInt16(-32768.5)),
+        VT_RAISES(6, ToInt16(-32769.0)),
+        VT_RAISES(6, ToInt32(2147483647.5)),
+        VT_GIVES(min32, ToInt32(-2147483648.5)),
+        VT_GIVES(-1, Int(-0.5)),
+        VT_GIVES(255, NarrowByte(255)),
+        VT_RAISES(6, NarrowByte(256)),
+        VT_GIVES(-32768, Narrow16(-32768)),
+        VT_RAISES(6, Narrow16(-32769)),
+        VT_RAISES(6, Add16(32767, 1)),
+        VT_GIVES(-32768, Mul16(-128, 256)),
+        VT_RAISES(6, Mul16(128, 256)),
+        VT_RAISES(6, Neg16(-32768)),
+        VT_RAISES(6, Abs16(-32768)),
+        VT_RAISES(6, Add32(max32, 1)),
+        VT_RAISES(6, Sub32(0, min32)),
+        VT_GIVES(min32, Mul32(-65536, 32768)),
+        VT_RAISES(6, Mul32(65536, 32768)),
+        VT_RAISES(6, Neg32(min32)),
+        VT_RAISES(6, Abs32(min32)),
+        VT_RAISES(5, CheckFinite(nan)),
+        VT_GIVES(0.25, Divide(1, 4)),
+        VT_RAISES(11, Divide(1, 0)),
+        VT_RAISES(6, Divide(1e300, 1e-300)),
+        VT_RAISES(5, CheckedSqrt(-1e-300)),
+        VT_GIVES(2147483638, ElapsedMs(-10, min32)),
+        VT_RAISES(6, ElapsedMs(min32, 1)),
+        VT_RAISES(6, ElapsedMs(max32, -1)),
     });
-    other.join();
-    EXPECT_TRUE(NearSystemClock(otherReading)) << otherReading;
-    EXPECT_EQ(otherFixed, 5);
-    EXPECT_EQ(TimeGetTime(), kFixed);  // untouched by the other thread's clock
+}
 
-    SetClock({});
-    EXPECT_TRUE(NearSystemClock(TimeGetTime()));
+TEST(Clock, FixedClockIsPerThreadOverTheSteadyMillisecondClock) {
+    int32_t other = 0;
+    vt_test::FixedClock clock(-123456789);
+    std::thread([&] { other = TimeGetTime(); }).join();
+    EXPECT_EQ(TimeGetTime(), -123456789);
+    const int64_t ms = std::chrono::duration_cast<std::chrono::milliseconds>(
+                           std::chrono::steady_clock::now().time_since_epoch())
+                           .count();
+    EXPECT_LT(std::abs(static_cast<int32_t>(static_cast<uint32_t>(other - ms))), 1000);
 }
 
 }  // namespace

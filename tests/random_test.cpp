@@ -12,67 +12,35 @@ using namespace veltara;
 
 // std::minstd_rand is the same generator (multiplier 48271, modulus 2^31 - 1), written
 // independently with 64-bit products instead of Schrage's split.
-TEST(modRand, AgreesWithMinstdRandOverAMillionSteps) {
-    const int32_t seeds[] = {1, 42, 44488, 123456789, 2147483646, -987654321};
-    for (const int32_t seed : seeds) {
+TEST(modRand, AgreesWithMinstdRand) {
+    for (const int32_t seed : {1, 42, 44488, 123456789, 2147483646, -987654321}) {
         modRand::Randomize(seed);
         std::minstd_rand reference(static_cast<uint32_t>(seed < 0 ? -int64_t{seed} : seed));
-        int32_t mismatches = 0;
-        for (int i = 0; i < 1000000; ++i) {
-            const int32_t got = modRand::NextRandom();
-            if (got != static_cast<int32_t>(reference())) ++mismatches;
-        }
+        int mismatches = 0;
+        for (int i = 0; i < 200000; ++i)
+            mismatches += modRand::NextRandom() != int32_t(reference());
         EXPECT_EQ(mismatches, 0) << "seed " << seed;
     }
 }
 
-TEST(modRand, KnownStepsFromHandCalculation) {
-    struct Case {
-        int32_t seed;
-        int32_t first;
-        int32_t second;
-    };
-    const Case cases[] = {
-        // 48271, then 48271^2 = 2330089441 - 2147483647 = 182605794.
-        {1, 48271, 182605794},
-        // 44488 = 1 * 44488 + 0: 48271 * 0 - 3399 * 1 = -3399, plus the modulus 2147483647.
-        {44488, 2147480248, 0},
-        // A negative seed is taken by absolute value: the same as seed 1.
-        {-1, 48271, 182605794},
-    };
-    for (const Case& c : cases) {
-        modRand::Randomize(c.seed);
-        EXPECT_EQ(modRand::NextRandom(), c.first) << "seed " << c.seed;
-        if (c.second != 0) {
-            EXPECT_EQ(modRand::NextRandom(), c.second) << "seed " << c.seed;
-        }
-    }
-}
-
-TEST(modRand, ZeroSeedSticksAtTheModulus) {
-    modRand::Randomize(0);
-    for (int i = 0; i < 5; ++i) EXPECT_EQ(modRand::NextRandom(), 2147483647);
-}
-
-TEST(modRand, RandomizeOfMostNegativeRaises6AndKeepsState) {
-    modRand::Randomize(777);
-    EXPECT_VT_ERROR(modRand::Randomize(-2147483647 - 1), 6);
-    EXPECT_EQ(modRand::State(), 777);
-}
-
-TEST(modRand, StateIsPerThread) {
-    modRand::Randomize(1);
-    int32_t otherInitial = -1;
-    int32_t otherFirst = -1;
-    std::thread other([&] {
-        otherInitial = modRand::State();
-        modRand::Randomize(5);
-        otherFirst = modRand::NextRandom();
+TEST(modRand, EdgeCasesAndErrors) {
+    auto seeded = [](int32_t seed) { return modRand::Randomize(seed), modRand::NextRandom(); };
+    int32_t otherThread = 0;
+    vt_test::CheckEdges({
+        VT_GIVES(48271, seeded(1)),
+        VT_GIVES(182605794, modRand::NextRandom()),  // 48271² - 2147483647
+        VT_GIVES(48271, seeded(-1)),                 // the seed's absolute value
+        VT_GIVES(2147480248, seeded(44488)),         // 48271 x 0 - 3399 x 1 + 2147483647
+        VT_GIVES(2147483647, seeded(0)),             // a zero state sticks at the modulus
+        VT_GIVES(2147483647, modRand::NextRandom()),
+        VT_GIVES(241355, seeded(5)),  // 5 x 48271
+        VT_RAISES(6, modRand::Randomize(-2147483647 - 1)),
+        VT_GIVES(int64_t{241355} * 48271 % 2147483647, modRand::NextRandom()),  // state kept
+        // Each thread has its own state, 0 until seeded.
+        VT_GIVES(2147483647,
+                 (std::thread([&] { otherThread = modRand::NextRandom(); }).join(), otherThread)),
+        VT_GIVES(int64_t{241355} * 48271 % 2147483647 * 48271 % 2147483647, modRand::NextRandom()),
     });
-    other.join();
-    EXPECT_EQ(otherInitial, 0);               // never seeded on that thread
-    EXPECT_EQ(otherFirst, 5 * 48271);         // 241355, below the modulus
-    EXPECT_EQ(modRand::NextRandom(), 48271);  // this thread still steps from 1
 }
 
 }  // namespace
