@@ -156,7 +156,7 @@ TEST(cElectron, DensityIsTheHydrogenWavefunctionWithExactlyTheMirrorPlanesOfItsC
             for (int b = 0; b < 3; ++b)
                 broken[b] = std::max(broken[b], std::fabs(got[k] - got[mirror[b]]));
         }
-        EXPECT_LT(worst, 1e-12 * peak);
+        EXPECT_LT(worst, 1e-13 * peak);
         const int claimed = claims[static_cast<int>(info.*view.symmetry)];
         for (int b = 0; b < 3; ++b) {
             if (claimed & (1 << b)) {
