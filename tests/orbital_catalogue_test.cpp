@@ -197,11 +197,11 @@ TEST(cElectron, RealDensityIntegratesToOne) {
 }
 
 TEST(cElectron, BatchEqualsPerPointAndRaises6AboveTheLastByte) {
-    // Whole rows of x on every fourth plane and row of the sampling grid, and one more point.
+    // Whole rows of x on every eighth plane and row of the sampling grid, and one more point.
     ForEachPair([&](cElectron& e, const OrbInfo& info, const View& view, ViewMode mode, int) {
         std::vector<COORDdoubleParams> points;
-        for (int z = 0; z < 128; z += 4)
-            for (int y = 0; y < 128; y += 4)
+        for (int z = 0; z < 128; z += 8)
+            for (int y = 0; y < 128; y += 8)
                 for (int x = 0; x < 128; ++x)
                     points.push_back(GridPoint(info.*view.radius, x, y, z));
         points.push_back(points[1]);  // an odd count: the last point takes the per-point path
