@@ -51,9 +51,15 @@ std::vector<std::string> AllowedHosts(const std::string& boundHost, int port) {
 
 ApiError CheckRequest(const httplib::Request& req, const std::vector<std::string>& hosts,
                       size_t maxBodyBytes) {
-    // Addressed to this server.
+    // Addressed to this server: by a name it was given, or by the address the request arrived
+    // at (a server listening on every interface is reached by its interfaces' addresses).
+    std::vector<std::string> names = hosts;
+    std::string local = req.local_addr;
+    if (local.compare(0, 7, "::ffff:") == 0) local.erase(0, 7);  // IPv4 through IPv6
+    if (!local.empty())
+        names.push_back(Lower(UrlHost(local)) + ":" + std::to_string(req.local_port));
     const std::string host = req.get_header_value("Host");
-    if (req.get_header_value_count("Host") != 1 || !Contains(hosts, Lower(host))) {
+    if (req.get_header_value_count("Host") != 1 || !Contains(names, Lower(host))) {
         return Refuse(421, 5,
                       "Host " + Quote(host) + " is not this server's address; use http://" +
                           hosts.front() + "/");
@@ -100,7 +106,7 @@ ApiError CheckRequest(const httplib::Request& req, const std::vector<std::string
     if (m == "POST" || m == "DELETE") {
         if (req.has_header("Origin")) {
             const std::string origin = Lower(req.get_header_value("Origin"));
-            if (origin.compare(0, 7, "http://") != 0 || !Contains(hosts, origin.substr(7))) {
+            if (origin.compare(0, 7, "http://") != 0 || !Contains(names, origin.substr(7))) {
                 return Refuse(403, 5,
                               "a page of " + Quote(req.get_header_value("Origin")) +
                                   " may not change this server's orbitals");

@@ -20,8 +20,9 @@ std::vector<std::string> AllowedHosts(const std::string& boundHost, int port);
 std::string UrlHost(const std::string& host);
 
 /// The refusal of a request, or nothing (number 0):
-/// - 421 (5) when Host is missing, repeated or not one of `hosts` (a page of another site that
-///   reached the server through its own name, as DNS rebinding does);
+/// - 421 (5) when Host is missing, repeated, or neither one of `hosts` nor the address the
+///   request arrived at, with the port (a page of another site that reached the server through a
+///   name of its own, as DNS rebinding does);
 /// - 405 (5) for a method other than GET, HEAD, POST and DELETE;
 /// - 416 (5) for more than one byte range (a single one is ignored: replies are whole);
 /// - 400 (13) for a malformed or repeated Content-Length, both a length and chunks, or a

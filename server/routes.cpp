@@ -143,6 +143,14 @@ void AddOrbital(ServerState& s, Collection& c, const Request&, Response& res, co
                       " orbitals for all its clients; try again later",
                   ""});
     }
+    // Given back unless the orbital is added, whatever ends the request.
+    struct Reservation {
+        Clients& clients;
+        bool kept = false;
+        ~Reservation() {
+            if (!kept) clients.ReleaseOrbitals(1);
+        }
+    } reservation{s.clients};
     ApiError error;
     int16_t handle = -1;
     vt_OrbitalStats stats{};
@@ -161,11 +169,9 @@ void AddOrbital(ServerState& s, Collection& c, const Request&, Response& res, co
         vt_get_stats(e, handle, &stats);
     });
     if (created != 0) error = EngineApiError(created, "starting this client's engine");
-    if (error.failed()) {
-        s.clients.ReleaseOrbitals(1);
-        return SendError(res, error);
-    }
+    if (error.failed()) return SendError(res, error);
     c.live[handle] = setup;
+    reservation.kept = true;
     json reply = LiveJson(s, handle, setup);
     reply["stats"] = vtjson::StatsJson(stats);
     SendJson(res, 201, reply);

@@ -108,7 +108,7 @@ int RunServe(const ServeArgs& args) {
         if (!IsLoopback(args.host)) {
             std::fprintf(stderr,
                          "veltara: warning: %s is not a loopback address: every machine that "
-                         "reaches it can use this viewer (requests must still name it as Host)\n",
+                         "reaches it can use this viewer\n",
                          args.host.c_str());
         }
         std::printf("Veltara viewer: %s%d/\n", url.c_str(), port);
