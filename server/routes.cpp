@@ -169,7 +169,10 @@ void AddOrbital(ServerState& s, Collection& c, const Request&, Response& res, co
         vt_get_stats(e, handle, &stats);
     });
     if (created != 0) error = EngineApiError(created, "starting this client's engine");
-    if (error.failed()) return SendError(res, error);
+    if (error.failed()) {
+        if (c.live.empty()) c.StopEngine();
+        return SendError(res, error);
+    }
     c.live[handle] = setup;
     reservation.kept = true;
     json reply = LiveJson(s, handle, setup);
@@ -386,6 +389,14 @@ void AddRoutes(httplib::Server& server, ServerState& s, const std::vector<std::s
     for (int i = 0; i < 40; ++i) list.push_back(vtjson::OrbInfoJson(s.catalogue[i], i));
     s.catalogueJson = vtjson::Dump(list);
 
+    // A client that asks before sending its body hears at once if it would be refused.
+    server.set_expect_100_continue_handler([&hosts](const Request& req, Response& res) {
+        const ApiError e = CheckRequest(req, hosts, kMaxBodyBytes);
+        if (!e.failed()) return 100;
+        GuardedServer::CloseAfterReply(res);
+        SendError(res, e);
+        return e.status;
+    });
     // Before routing: the request's address, method, length, origin and type.
     server.set_pre_routing_handler([&hosts](const Request& req, Response& res) {
         try {
