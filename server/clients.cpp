@@ -4,6 +4,7 @@
 #include <sys/random.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <vector>
 
 namespace vtserve {
@@ -109,6 +110,11 @@ std::shared_ptr<Collection> Clients::Find(const httplib::Request& req, httplib::
     res.set_header("Set-Cookie", std::string(kClientCookie) + "=" + fresh +
                                      "; Path=/; HttpOnly; SameSite=Strict");
     return collection;
+}
+
+void Clients::Touch(Collection& collection) {
+    std::lock_guard lock(mMutex);
+    collection.mLastUse = Clock::now();
 }
 
 bool Clients::ReserveOrbital() {

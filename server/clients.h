@@ -58,7 +58,7 @@ class Collection {
     friend class Clients;
     Clients& mOwner;
     std::unique_ptr<EngineWorker> mWorker;
-    std::chrono::steady_clock::time_point mLastUse;
+    std::chrono::steady_clock::time_point mLastUse;  ///< guarded by the owner's mutex
 };
 
 /// The collections of all clients.
@@ -73,6 +73,9 @@ class Clients {
     /// contact, or a client released since) gets a new, empty collection and a Set-Cookie
     /// header on res. Null when every collection the server may hold has orbitals.
     std::shared_ptr<Collection> Find(const httplib::Request& req, httplib::Response& res);
+
+    /// Marks the end of a request of the client: its idle time counts from here.
+    void Touch(Collection& collection);
 
     /// Counts one orbital against the total; false when the total is reached.
     bool ReserveOrbital();

@@ -299,6 +299,7 @@ void ServeClient(ServerState& s, ClientRoute route, const Request& req, Response
         }
         std::lock_guard lock(client->mutex);
         route(s, *client, req, res, parsed);
+        s.clients.Touch(*client);
     } catch (...) {
         SendFault(res, std::current_exception());
     }
@@ -389,6 +390,8 @@ void AddRoutes(httplib::Server& server, ServerState& s, const std::vector<std::s
     for (int i = 0; i < 40; ++i) list.push_back(vtjson::OrbInfoJson(s.catalogue[i], i));
     s.catalogueJson = vtjson::Dump(list);
 
+    // Replies are whole: a single Range is ignored, several are refused.
+    server.set_default_headers({{"Accept-Ranges", "none"}});
     // A client that asks before sending its body hears at once if it would be refused.
     server.set_expect_100_continue_handler([&hosts](const Request& req, Response& res) {
         const ApiError e = CheckRequest(req, hosts, kMaxBodyBytes);
