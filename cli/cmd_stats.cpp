@@ -5,7 +5,7 @@
 #include "commands.h"
 #include "histogram_plot.h"
 #include "orbital_names.h"
-#include "serve_json.h"
+#include "records_json.h"
 #include "session.h"
 
 namespace vtcli {
@@ -15,7 +15,7 @@ namespace {
 // The statistics record as the viewer's API writes it, with the orbital it belongs to.
 nlohmann::json StatsWithOrbitalJson(const vt_OrbInfo& info, int index, const vt_OrbitalSetup& setup,
                                     const vt_OrbitalStats& s) {
-    nlohmann::json j = StatsJson(s);
+    nlohmann::json j = vtjson::StatsJson(s);
     j["orbital"] = {{"index", index},
                     {"name", info.Name},
                     {"key", CommandName(info)},
@@ -68,7 +68,8 @@ int RunStats(const StatsArgs& args) {
     }
 
     if (args.json) {
-        std::printf("%s\n", StatsWithOrbitalJson(info, index, setup, stats).dump(2).c_str());
+        std::printf("%s\n",
+                    vtjson::Dump(StatsWithOrbitalJson(info, index, setup, stats), 2).c_str());
     } else {
         PrintText(info, index, setup, stats);
     }

@@ -7,6 +7,8 @@
 
 namespace vtcli {
 
+using vtjson::RgbImage;
+
 /// Geometry of the chart: one bar of kBarWidth pixels per level 0..255 over a white background,
 /// with axes and ticks every 64 levels; bars coloured like the engine's level colours (red
 /// 255 - level, green level).

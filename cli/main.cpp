@@ -56,15 +56,11 @@ int main(int argc, char** argv) {
 
     CLI::App* about = app.add_subcommand("about", "the about box");
 
-    vtcli::ServeArgs serveArgs;
+    vtserve::ServeArgs serveArgs;
     CLI::App* serve = app.add_subcommand(
         "serve",
-        "the interactive viewer: a page and a JSON API over one engine, at http://HOST:PORT/ "
-        "(at most " +
-            std::to_string(vtcli::kMaxLiveOrbitals) +
-            " live orbitals, each holding a "
-            "2 MiB grid; request bodies up to " +
-            std::to_string(vtcli::kMaxBodyBytes / 1024) + " KiB); stops on Ctrl-C");
+        "the interactive viewer: a page and a JSON API at http://HOST:PORT/, each client (a "
+        "browser, or a script keeping cookies) with its own orbitals; stops on Ctrl-C");
     serve
         ->add_option("--host", serveArgs.host,
                      "address to listen on; keep the loopback default unless the network is "
@@ -77,7 +73,17 @@ int main(int argc, char** argv) {
                       "above 32768");
     serve
         ->add_option("--max-orbitals", serveArgs.maxOrbitals,
-                     "live orbitals allowed at once, 1.." + std::to_string(vtcli::kMaxLiveOrbitals))
+                     "live orbitals of one client, 1.." +
+                         std::to_string(vtserve::kMaxOrbitalsLimit) + " (each holds a 2 MiB grid)")
+        ->capture_default_str();
+    serve
+        ->add_option("--max-total-orbitals", serveArgs.maxTotalOrbitals,
+                     "live orbitals of all clients together, 1.." +
+                         std::to_string(vtserve::kMaxTotalOrbitalsLimit))
+        ->capture_default_str();
+    serve
+        ->add_option("--idle-seconds", serveArgs.idleSeconds,
+                     "a client unheard of this long loses its orbitals")
         ->capture_default_str();
 
     // CLI11 reports bad arguments by throwing; help is also delivered this way.
@@ -95,6 +101,6 @@ int main(int argc, char** argv) {
     if (stats->parsed()) return vtcli::RunStats(statsArgs);
     if (exportCmd->parsed()) return vtcli::RunExport(exportArgs);
     if (about->parsed()) return vtcli::RunAbout();
-    if (serve->parsed()) return vtcli::RunServe(serveArgs);
+    if (serve->parsed()) return vtserve::RunServe(serveArgs);
     return vtcli::kExitUsage;
 }

@@ -56,10 +56,6 @@ std::string CloseMatches(const Catalogue& catalogue, const std::string& norm) {
 
 }  // namespace
 
-std::string CommandName(const vt_OrbInfo& info) {
-    return (IsAverage(info) ? "av" : "") + std::string(info.Name);
-}
-
 std::string FileName(const vt_OrbInfo& info) {
     const std::string display = CommandName(info);
     std::string out;

@@ -5,13 +5,11 @@
 #include <vector>
 
 #include "cli_common.h"
+#include "records_json.h"
 
 namespace vtcli {
 
-/// The spelling the command accepts for an entry and shows to people: the catalogue name for a
-/// single orbital ("3Dz²"), "av" + the name for a shell average ("av2S"), since the averaged S
-/// shells share their names with the single S orbitals.
-std::string CommandName(const vt_OrbInfo& info);
+using vtjson::CommandName;
 
 /// The entry's name as a file name: ASCII letters, digits and '-' only ("3Dz2", "av2S",
 /// "4Fzx2-y2").

@@ -9,6 +9,11 @@
 
 namespace vtcli {
 
+using vtjson::Blit;
+using vtjson::FromBgra;
+using vtjson::RgbImage;
+using vtjson::WritePng;
+
 struct Session {
     Engine engine;
     Catalogue catalogue;

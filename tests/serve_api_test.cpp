@@ -1,12 +1,12 @@
-// veltara serve's JSON API against bad input, its limits and its dot clouds, through httplib's
-// client against the built command on a free loopback port.
+// veltara serve over HTTP: its statuses for bad and hostile requests, records crossing, and
+// clients that cannot see each other, against the built command on a free loopback port.
 #include <gtest/gtest.h>
 #include <httplib.h>
 #include <signal.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -15,10 +15,11 @@ namespace {
 
 using nlohmann::json;
 
-/// One `veltara serve --port 0` process for the life of the object.
+/// One `veltara serve` process for the life of the object.
 class Server {
   public:
-    explicit Server(const std::vector<std::string>& extra) {
+    explicit Server(std::vector<std::string> args) {
+        args.insert(args.begin(), {VT_CLI_PATH, "serve"});
         int out[2];
         if (pipe(out) != 0) return;
         mPid = fork();
@@ -26,8 +27,6 @@ class Server {
             dup2(out[1], STDOUT_FILENO);
             close(out[0]);
             close(out[1]);
-            std::vector<std::string> args = {VT_CLI_PATH, "serve", "--port", "0"};
-            args.insert(args.end(), extra.begin(), extra.end());
             std::vector<char*> argv;
             for (auto& a : args) argv.push_back(a.data());
             argv.push_back(nullptr);
@@ -40,224 +39,234 @@ class Server {
         char c = 0;
         while (read(out[0], &c, 1) == 1 && c != '\n') line += c;
         close(out[0]);
-        const auto colon = line.rfind(':');
-        if (colon != std::string::npos) mPort = std::atoi(line.c_str() + colon + 1);
-    }
-    ~Server() {
-        if (mPid > 0) {
-            kill(mPid, SIGTERM);
-            int status = 0;
-            waitpid(mPid, &status, 0);
+        if (const auto colon = line.rfind(':'); colon != std::string::npos) {
+            mPort = std::atoi(line.c_str() + colon + 1);
         }
     }
+    ~Server() { Stop(); }
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
     int port() const { return mPort; }
-    httplib::Client Client() const {
-        httplib::Client client("127.0.0.1", mPort);
-        client.set_read_timeout(30, 0);
-        return client;
+    /// Stops the server; its exit status.
+    int Stop() {
+        if (mPid > 0) {
+            kill(mPid, SIGTERM);
+            waitpid(mPid, &mStatus, 0);
+            mPid = -1;
+        }
+        return WIFEXITED(mStatus) ? WEXITSTATUS(mStatus) : -1;
     }
 
   private:
     pid_t mPid = -1;
     int mPort = 0;
+    int mStatus = 0;
 };
 
-json Body(const httplib::Result& r) { return json::parse(r->body, nullptr, false); }
+/// A client that keeps the server's cookie, as browsers and curl's cookie jar do.
+class Client {
+  public:
+    explicit Client(const Server& server) : mHttp("127.0.0.1", server.port()) {
+        mHttp.set_read_timeout(30, 0);
+    }
+    httplib::Result Send(const std::string& method, const std::string& path,
+                         const std::string& body = "") {
+        httplib::Headers headers;
+        if (!mCookie.empty()) headers.emplace("Cookie", mCookie);
+        httplib::Result r = method == "POST" ? mHttp.Post(path, headers, body, "application/json")
+                            : method == "DELETE" ? mHttp.Delete(path, headers)
+                                                 : mHttp.Get(path, headers);
+        if (r && r->has_header("Set-Cookie")) {
+            const std::string set = r->get_header_value("Set-Cookie");
+            mCookie = set.substr(0, set.find(';'));
+        }
+        return r;
+    }
+    json Json(const std::string& method, const std::string& path, const std::string& body = "") {
+        const httplib::Result r = Send(method, path, body);
+        return json::parse(r ? r->body : "", nullptr, false);
+    }
+    int Status(const std::string& method, const std::string& path, const std::string& body = "") {
+        const httplib::Result r = Send(method, path, body);
+        return r ? r->status : 0;
+    }
 
-/// The server still answers a good request.
-void ExpectAlive(const Server& server) {
-    auto client = server.Client();
-    auto r = client.Get("/api/orbitals");
-    ASSERT_TRUE(r) << "the server stopped answering";
-    EXPECT_EQ(r->status, 200);
+  private:
+    httplib::Client mHttp;
+    std::string mCookie;
+};
+
+/// The status of the reply to raw request bytes (head, then `repeat` copies of `more`); 0 when
+/// the server answers nothing.
+int RawStatus(int port, const std::string& head, const std::string& more = "", int repeat = 0) {
+    const int sock = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in addr{};
+    addr.sin_family = AF_INET;
+    addr.sin_port = htons(static_cast<uint16_t>(port));
+    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (connect(sock, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0) return 0;
+    bool sent = send(sock, head.data(), head.size(), MSG_NOSIGNAL) > 0;
+    for (int i = 0; sent && i < repeat; ++i) {
+        sent = send(sock, more.data(), more.size(), MSG_NOSIGNAL) > 0;
+    }
+    char reply[13] = {};
+    const ssize_t n = recv(sock, reply, 12, MSG_WAITALL);
+    close(sock);
+    return n == 12 ? std::atoi(reply + 9) : 0;
 }
 
-class ServeApi : public ::testing::Test {
-  protected:
-    static void SetUpTestSuite() {
-        sServer = new Server({"--clock", "40000", "--max-orbitals", "3"});
-        ASSERT_GT(sServer->port(), 0);
-        auto client = sServer->Client();
-        auto r = client.Post("/api/orbitals", R"({"OrbitalIndex": 9})", "application/json");
-        ASSERT_TRUE(r);
-        ASSERT_EQ(r->status, 201) << r->body;
-        sHandle = Body(r)["handle"].get<int>();
+TEST(ServeApi, BadAndHostileRequestsGetTheirStatusAndTheServerStaysUp) {
+    Server server({"--port", "0", "--clock", "40000"});
+    ASSERT_GT(server.port(), 0);
+    Client client(server);
+    ASSERT_EQ(client.Status("POST", "/api/orbitals", R"({"OrbitalIndex": 9})"), 201);
+    const std::string host = "Host: 127.0.0.1:" + std::to_string(server.port()) + "\r\n";
+    const std::string typeJson = "Content-Type: application/json\r\n";
+    std::string ranges = "0-0";
+    for (int i = 1; i < 850; ++i) {
+        ranges.append(",").append(std::to_string(i)).append("-").append(std::to_string(i));
     }
-    static void TearDownTestSuite() {
-        delete sServer;
-        sServer = nullptr;
-    }
-    static Server* sServer;
-    static int sHandle;
-};
-Server* ServeApi::sServer = nullptr;
-int ServeApi::sHandle = -1;
-
-struct BadCase {
-    const char* what;
-    const char* method;
-    std::string path;  // "{h}" stands for the live orbital's handle
-    std::string body;
-    int status;
-    int number;
-    const char* field;  // "" when the error names no field
-};
-
-TEST_F(ServeApi, BadInputGetsA4xxJsonErrorAndTheServerStaysUp) {
-    const std::vector<BadCase> cases = {
-        {"16-bit field given 70000", "POST", "/api/orbitals/{h}/render", R"({"CameraPos": 70000})",
-         422, 6, "CameraPos"},
-        {"16-bit field given -40000", "POST", "/api/orbitals/{h}/render",
-         R"({"StereoFactor": -40000})", 422, 6, "StereoFactor"},
-        {"32-bit enumeration given 2^40", "POST", "/api/orbitals/{h}/render",
-         R"({"Mode": 1099511627776})", 422, 6, "Mode"},
-        {"byte given 256", "POST", "/api/orbitals", R"({"OrbitalIndex": 3, "DotThreshold": 256})",
-         422, 6, "DotThreshold"},
-        {"16-bit dot target given 40000", "POST", "/api/orbitals/{h}/refill",
-         R"({"Threshold": 10, "Target": 40000})", 422, 6, "Target"},
-        {"angle given as text", "POST", "/api/orbitals/{h}/render", R"({"Theta": "north"})", 400,
-         13, "Theta"},
-        {"flag given as text", "POST", "/api/orbitals/{h}/render", R"({"VolFinal": "yes"})", 400,
-         13, "VolFinal"},
-        {"whole number given a fraction", "POST", "/api/orbitals/{h}/render",
-         R"({"TransectNo": 2.5})", 400, 13, "TransectNo"},
-        {"malformed JSON", "POST", "/api/orbitals/{h}/render", R"({"Theta": )", 400, 13, ""},
-        {"JSON that is not an object", "POST", "/api/orbitals", "[9]", 400, 13, ""},
-        {"misspelt field", "POST", "/api/orbitals/{h}/render", R"({"Tehta": 1})", 400, 5, "Tehta"},
-        {"unknown mode name", "POST", "/api/orbitals/{h}/render", R"({"Mode": "Cubist"})", 422, 5,
-         "Mode"},
-        {"catalogue index 40", "POST", "/api/orbitals", R"({"OrbitalIndex": 40})", 422, 6,
-         "OrbitalIndex"},
-        {"setup without an index", "POST", "/api/orbitals", R"({"AtomRadius": 5})", 400, 5,
-         "OrbitalIndex"},
-        {"unknown orbital handle", "POST", "/api/orbitals/17/render", "{}", 404, 9, "handle"},
-        {"handle beyond 16 bits", "GET", "/api/orbitals/99999999/stats", "", 404, 9, "handle"},
-        {"delete of an unknown handle", "DELETE", "/api/orbitals/5", "", 404, 9, "handle"},
-        // The engine's own refusals come back with its numbers.
-        {"anaglyph with StereoFactor 0", "POST", "/api/orbitals/{h}/render",
-         R"({"Mode": "Anaglyph", "StereoFactor": 0})", 422, 11, ""},
-        {"volumetric quality 3", "POST", "/api/orbitals/{h}/render",
-         R"({"Mode": "Volumetric", "VolQuality": 3})", 422, 9, ""},
-        {"slice beyond the grid", "POST", "/api/orbitals/{h}/render",
-         R"({"Mode": "Transect", "TransectNo": 128})", 422, 9, ""},
-        {"unknown route", "GET", "/api/nothing-here", "", 404, 5, ""},
-        {"wrong method on a route", "PUT", "/api/orbitals", "{}", 404, 5, ""},
+    const std::string chunk = "10000\r\n" + std::string(0x10000, 'x') + "\r\n";
+    struct Case {
+        const char* what;
+        std::string head;
+        int status;
+        int chunks = 0;  // 64 KiB chunks sent after the head
     };
-    auto client = sServer->Client();
-    for (const BadCase& c : cases) {
+    const std::vector<Case> cases = {
+        {"a path that is not UTF-8", "GET /%FF HTTP/1.1\r\n" + host + "\r\n", 404},
+        {"another Host (DNS rebinding)", "GET /api/orbitals HTTP/1.1\r\nHost: evil.example\r\n\r\n",
+         421},
+        {"no Host", "GET /api/orbitals HTTP/1.1\r\n\r\n", 421},
+        {"a text/plain POST from another site",
+         "POST /api/orbitals HTTP/1.1\r\n" + host +
+             "Origin: http://evil.example\r\nContent-Type: text/plain\r\nContent-Length: "
+             "2\r\n\r\n{}",
+         403},
+        {"a form POST without Origin",
+         "POST /api/orbitals HTTP/1.1\r\n" + host +
+             "Content-Type: application/x-www-form-urlencoded\r\nContent-Length: 3\r\n\r\na=1",
+         415},
+        {"a DELETE from another site",
+         "DELETE /api/orbitals/0 HTTP/1.1\r\n" + host + "Origin: http://127.0.0.1:1\r\n\r\n", 403},
+        {"a 64 MiB chunked body",
+         "POST /api/orbitals HTTP/1.1\r\n" + host + typeJson + "Transfer-Encoding: chunked\r\n\r\n",
+         413, 1024},
+        {"a 64 MiB chunked body to no route",
+         "POST /nowhere HTTP/1.1\r\n" + host + typeJson + "Transfer-Encoding: chunked\r\n\r\n", 404,
+         1024},
+        {"850 ranges", "GET /viewer.js HTTP/1.1\r\n" + host + "Range: bytes=" + ranges + "\r\n\r\n",
+         416},
+        {"a Content-Length of 2^63-1",
+         "POST /api/orbitals HTTP/1.1\r\n" + host + typeJson +
+             "Content-Length: 9223372036854775807\r\n\r\n",
+         413},
+        {"a Content-Length that is no number",
+         "POST /api/orbitals HTTP/1.1\r\n" + host + typeJson + "Content-Length: -1\r\n\r\n", 400},
+        {"a POST without a length", "POST /api/orbitals HTTP/1.1\r\n" + host + typeJson + "\r\n",
+         411},
+        {"a method not served", "PUT /api/orbitals HTTP/1.1\r\n" + host + "\r\n", 405},
+        {"CORS preflight", "OPTIONS /api/orbitals HTTP/1.1\r\n" + host + "\r\n", 405},
+        {"a 2 MB request line", "GET /" + std::string(2000000, 'a'), 0},
+    };
+    for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        std::string path = c.path;
-        if (const auto at = path.find("{h}"); at != std::string::npos) {
-            path.replace(at, 3, std::to_string(sHandle));
-        }
-        httplib::Result r =
-            std::string(c.method) == "POST"     ? client.Post(path, c.body, "application/json")
-            : std::string(c.method) == "PUT"    ? client.Put(path, c.body, "application/json")
-            : std::string(c.method) == "DELETE" ? client.Delete(path)
-                                                : client.Get(path);
+        EXPECT_EQ(RawStatus(server.port(), c.head, chunk, c.chunks), c.status);
+        EXPECT_EQ(client.Status("GET", "/api/orbitals"), 200) << "the server stopped answering";
+    }
+    EXPECT_EQ(client.Json("GET", "/api/orbitals").size(), 1u);
+
+    // A second server on the same port does not start.
+    Server second({"--port", std::to_string(server.port())});
+    EXPECT_EQ(second.Stop(), 1);
+}
+
+TEST(ServeApi, BadBodiesGetA4xxJsonErrorNamingTheField) {
+    Server server({"--port", "0", "--clock", "40000"});
+    Client client(server);
+    ASSERT_EQ(client.Status("POST", "/api/orbitals", R"({"OrbitalIndex": 9})"), 201);
+    struct BadCase {
+        const char* path;
+        std::string body;
+        int status;
+        int number;
+        const char* field;
+    };
+    const std::vector<BadCase> cases = {
+        {"/api/orbitals/0/render", R"({"CameraPos": 32768})", 422, 6, "CameraPos"},
+        {"/api/orbitals", R"({"OrbitalIndex": 3, "DotThreshold": 256})", 422, 6, "DotThreshold"},
+        {"/api/orbitals", R"({"OrbitalIndex": 40})", 422, 6, "OrbitalIndex"},
+        {"/api/orbitals/0/refill", R"({"Threshold": 10, "Target": 32768})", 422, 6, "Target"},
+        {"/api/orbitals/0/render", R"({"Theta": "north"})", 400, 13, "Theta"},
+        {"/api/orbitals/0/render", R"({"Theta": )", 400, 13, ""},
+        {"/api/orbitals/0/render", R"({"Tehta": 1})", 400, 5, "Tehta"},
+        {"/api/orbitals/0/render", R"({"Mode": "Cubist"})", 422, 5, "Mode"},
+        {"/api/orbitals", R"({"AtomRadius": 5})", 400, 5, "OrbitalIndex"},
+        {"/api/orbitals/1/render", "{}", 404, 9, "handle"},
+        // The engine's own refusals come back with its numbers.
+        {"/api/orbitals/0/render", R"({"Mode": "Anaglyph", "StereoFactor": 0})", 422, 11, ""},
+    };
+    for (const BadCase& c : cases) {
+        SCOPED_TRACE(c.path + (" " + c.body));
+        const httplib::Result r = client.Send("POST", c.path, c.body);
         ASSERT_TRUE(r);
         EXPECT_EQ(r->status, c.status) << r->body;
-        EXPECT_EQ(r->get_header_value("Content-Type"), "application/json");
-        const json body = Body(r);
-        ASSERT_TRUE(body.is_object()) << r->body;
+        EXPECT_FALSE(r->has_header("Access-Control-Allow-Origin"));
+        const json body = json::parse(r->body, nullptr, false);
         EXPECT_EQ(body.value("error", 0), c.number) << r->body;
-        EXPECT_FALSE(body.value("message", "").empty());
         EXPECT_EQ(body.value("field", ""), c.field) << r->body;
-        ExpectAlive(*sServer);
     }
-}
-
-TEST_F(ServeApi, BodiesAbove64KiBAreRefusedWith413) {
-    auto client = sServer->Client();
-    const std::string huge(200 * 1024, ' ');
-    auto r = client.Post("/api/orbitals/" + std::to_string(sHandle) + "/render", huge,
-                         "application/json");
+    // Pictures cross as raw B, G, R, A rows or as PNG.
+    httplib::Result r = client.Send("POST", "/api/orbitals/0/render", R"({"Size": "Main"})");
     ASSERT_TRUE(r);
-    EXPECT_EQ(r->status, 413);
-    EXPECT_EQ(Body(r).value("error", 0), 6) << r->body;
-    ExpectAlive(*sServer);
-    // Just below the limit is read (and refused for what it says, not for its size).
-    const std::string big = "{\"Theta\": 0.5" + std::string(60 * 1024, ' ') + "}";
-    r = client.Post("/api/orbitals/" + std::to_string(sHandle) + "/render", big,
-                    "application/json");
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->status, 200);
-}
-
-TEST_F(ServeApi, FramesComeBackAsRawBgraOrPng) {
-    auto client = sServer->Client();
-    const std::string path = "/api/orbitals/" + std::to_string(sHandle) + "/render";
-    auto r = client.Post(path, R"({"Mode": "Orthographic", "Size": "Main"})", "application/json");
-    ASSERT_TRUE(r);
-    ASSERT_EQ(r->status, 200) << r->body;
     EXPECT_EQ(r->body.size(), 375u * 375u * 4u);
-    EXPECT_EQ(r->get_header_value("X-Width"), "375");
-    // A small transect is 127 pixels square, built about its centre pixel.
-    r = client.Post(path, R"({"Mode": "Transect", "Size": "Nano", "format": "png"})",
-                    "application/json");
+    r = client.Send("POST", "/api/orbitals/0/render", R"({"Size": "Nano", "format": "png"})");
     ASSERT_TRUE(r);
-    ASSERT_EQ(r->status, 200) << r->body;
-    EXPECT_EQ(r->get_header_value("Content-Type"), "image/png");
     EXPECT_EQ(r->body.substr(0, 8), std::string("\x89PNG\r\n\x1a\n", 8));
-    EXPECT_EQ(r->get_header_value("X-Width"), "127");
-    EXPECT_EQ(r->get_header_value("X-Height"), "127");
+    EXPECT_EQ(r->get_header_value("X-Width") + "x" + r->get_header_value("X-Height"), "127x127");
 }
 
-TEST_F(ServeApi, LiveOrbitalsAreCappedAndDeletingMakesRoom) {
-    auto client = sServer->Client();
-    // The suite's server allows 3; one is live already.
-    std::vector<int> added;
+TEST(ServeApi, ClientsNeverSeeEachOthersOrbitals) {
+    Server server(
+        {"--port", "0", "--clock", "40000", "--max-orbitals", "2", "--max-total-orbitals", "3"});
+    Client a(server), b(server);
+    const std::string add = R"({"OrbitalIndex": 9, "DotTarget": 3000})";
+    ASSERT_EQ(a.Json("POST", "/api/orbitals", add).value("handle", -1), 0);
+    // B's handle 0 is its own, and A's handle 0 is nothing to B.
+    EXPECT_EQ(b.Json("GET", "/api/orbitals").size(), 0u);
+    EXPECT_EQ(b.Status("GET", "/api/orbitals/0/stats"), 404);
+    EXPECT_EQ(b.Status("DELETE", "/api/orbitals/0"), 404);
+    ASSERT_EQ(b.Json("POST", "/api/orbitals", add).value("handle", -1), 0);
+    // Each client draws from its own generator: the same steps give the same dots, interleaved.
+    std::string pictures[2];
+    for (Client* c : {&a, &b})
+        c->Status("POST", "/api/orbitals/0/refill", R"({"Threshold": 30, "Target": 4000})");
     for (int i = 0; i < 2; ++i) {
-        auto r = client.Post("/api/orbitals", R"({"OrbitalIndex": 1, "DotTarget": 500})",
-                             "application/json");
-        ASSERT_TRUE(r);
-        ASSERT_EQ(r->status, 201) << r->body;
-        added.push_back(Body(r)["handle"].get<int>());
+        pictures[i] =
+            (i == 0 ? a : b).Send("POST", "/api/orbitals/0/render", R"({"Theta": 0.3})")->body;
     }
-    auto r = client.Post("/api/orbitals", R"({"OrbitalIndex": 1})", "application/json");
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->status, 409);
-    EXPECT_EQ(Body(r).value("error", 0), 6) << r->body;
-    EXPECT_EQ(Body(client.Get("/api/orbitals")).size(), 3u);
-
-    r = client.Delete("/api/orbitals/" + std::to_string(added[0]));
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->status, 200);
-    // The freed slot is handed out again, lowest first.
-    r = client.Post("/api/orbitals", R"({"OrbitalIndex": 1, "DotTarget": 500})",
-                    "application/json");
-    ASSERT_TRUE(r);
-    ASSERT_EQ(r->status, 201) << r->body;
-    EXPECT_EQ(Body(r)["handle"].get<int>(), added[0]);
-    for (int h : added) client.Delete("/api/orbitals/" + std::to_string(h));
-    EXPECT_EQ(Body(client.Get("/api/orbitals")).size(), 1u);
+    EXPECT_EQ(pictures[0].size(), 375u * 375u * 4u);
+    EXPECT_TRUE(pictures[0] == pictures[1]);
+    // Caps: two orbitals a client, three in all.
+    EXPECT_EQ(a.Status("POST", "/api/orbitals", add), 201);
+    EXPECT_EQ(a.Json("POST", "/api/orbitals", add).value("error", 0), 6);
+    EXPECT_EQ(a.Status("POST", "/api/orbitals", add), 409);
+    EXPECT_EQ(b.Status("POST", "/api/orbitals", add), 503);
+    EXPECT_EQ(a.Status("DELETE", "/api/orbitals/1"), 200);
+    EXPECT_EQ(b.Status("POST", "/api/orbitals", add), 201);
 }
 
-/// The Main orthographic picture of 3Dz² from a fresh server with the given clock.
-std::string FirstPicture(const char* clock) {
-    Server server({"--clock", clock});
-    auto client = server.Client();
-    auto r = client.Post("/api/orbitals", R"({"OrbitalIndex": 9, "DotTarget": 3000})",
-                         "application/json");
-    if (!r || r->status != 201) return "";
-    // A refill draws from the generator that the add seeded, on the engine's thread.
-    client.Post("/api/orbitals/0/refill", R"({"Threshold": 30, "Target": 4000})",
-                "application/json");
-    r = client.Post("/api/orbitals/0/render", R"({"Theta": 0.3, "Phi": 0.2})", "application/json");
-    return r && r->status == 200 ? r->body : "";
-}
-
-TEST(ServeClock, AFixedClockRepeatsTheDotsAndAnotherClockChangesThem) {
-    const std::string a = FirstPicture("40000");
-    const std::string b = FirstPicture("40000");
-    // The seed is the clock scaled from 2^31 ms to 65536: 40000 ms gives 1, 100000 ms gives 3.
-    const std::string c = FirstPicture("100000");
-    ASSERT_EQ(a.size(), 375u * 375u * 4u);
-    EXPECT_TRUE(a == b) << "the same clock gave different dots";
-    EXPECT_FALSE(a == c) << "another clock gave the same dots";
+TEST(ServeApi, AnIdleClientIsReleasedWithItsOrbitals) {
+    Server server(
+        {"--port", "0", "--clock", "40000", "--max-total-orbitals", "1", "--idle-seconds", "1"});
+    Client idle(server), other(server);
+    const std::string add = R"({"OrbitalIndex": 1, "DotTarget": 500})";
+    ASSERT_EQ(idle.Status("POST", "/api/orbitals", add), 201);
+    EXPECT_EQ(other.Status("POST", "/api/orbitals", add), 503);
+    usleep(2500000);
+    EXPECT_EQ(other.Status("POST", "/api/orbitals", add), 201);
+    EXPECT_EQ(idle.Json("GET", "/api/orbitals").size(), 0u);
 }
 
 }  // namespace

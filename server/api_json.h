@@ -1,5 +1,4 @@
-// The viewer API's JSON: request bodies read into engine records with checked widths, and the
-// engine's records written back as JSON.
+// The viewer API's request bodies read into engine records with checked widths, and its errors.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +7,10 @@
 
 #include "veltara.h"
 
-namespace vtcli {
+namespace vtserve {
+
+/// The largest request body the server reads, in bytes.
+inline constexpr size_t kMaxBodyBytes = 64 * 1024;
 
 /// A request the API refuses: the HTTP status, the engine-style error number (6 a value outside
 /// its field's width, 13 a value of the wrong type or malformed JSON, 5 an unknown field, name
@@ -50,9 +52,4 @@ ApiError ParseSetup(const nlohmann::json& body, const vt_OrbInfo catalogue[40],
 /// Reads a refill: Threshold (0..255) and Target (0..32767), both required.
 ApiError ParseRefill(const nlohmann::json& body, uint8_t& threshold, int32_t& target);
 
-/// JSON of the engine's records.
-nlohmann::json OrbInfoJson(const vt_OrbInfo& info, int index);
-nlohmann::json SetupJson(const vt_OrbitalSetup& setup);
-nlohmann::json StatsJson(const vt_OrbitalStats& stats);
-
-}  // namespace vtcli
+}  // namespace vtserve

@@ -1,21 +1,23 @@
-// One thread that owns the engine of `veltara serve` and runs every engine call in turn.
+// One thread that owns one client's engine and runs every call on it in turn.
 #pragma once
 
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <exception>
 #include <functional>
 #include <mutex>
 #include <thread>
 
 #include "veltara.h"
 
-namespace vtcli {
+namespace vtserve {
 
 /// The engine lives on this worker's thread from creation to destruction. The engine is
-/// single-threaded and its random generator and clock are per thread, so running every call
-/// here (rather than on whichever server thread took the request) keeps dot clouds the same as
-/// a one-thread host would get: the generator that Add seeds is the one that later refills use.
+/// single-threaded and its random generator and clock are per thread, so running every call of
+/// one client here (rather than on whichever server thread took the request) keeps its dot
+/// clouds the same as a one-thread host would get: the generator that Add seeds is the one that
+/// later refills use, whatever other clients do meanwhile.
 class EngineWorker {
   public:
     /// Starts the thread and creates the engine on it; fixedClockMs > 0 fixes that thread's
@@ -29,12 +31,13 @@ class EngineWorker {
     /// The error number of vt_create (0 when the engine exists).
     int32_t createError() const { return mCreateError; }
 
-    /// Runs job(engine) on the worker thread and returns when it has finished. Calls from many
-    /// threads are served one at a time, in arrival order. job must not throw.
+    /// Runs job(engine) on the worker thread and returns when it has finished; an exception of
+    /// the job is thrown again here. Calls from many threads are served one at a time, in
+    /// arrival order.
     void Run(const std::function<void(vt_engine*)>& job);
 
   private:
-    void Loop(int32_t fixedClockMs);
+    void Loop();
 
     std::mutex mMutex;
     std::condition_variable mWake;
@@ -42,8 +45,9 @@ class EngineWorker {
     bool mStopping = false;
     bool mReady = false;
     int32_t mCreateError = 0;
+    int32_t mFixedClockMs = 0;
     vt_engine* mEngine = nullptr;
     std::thread mThread;
 };
 
-}  // namespace vtcli
+}  // namespace vtserve

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace vtcli {
+namespace vtjson {
 
 RgbImage FromBgra(const std::vector<uint8_t>& bgra, int32_t width, int32_t height) {
     RgbImage out(width, height);
@@ -68,4 +68,4 @@ std::string EncodePng(const RgbImage& image, std::vector<uint8_t>& out) {
     return problem;
 }
 
-}  // namespace vtcli
+}  // namespace vtjson

@@ -1,12 +1,14 @@
-// The engine's own thread for `veltara serve`.
+// A client's engine on its own thread.
 #include "engine_worker.h"
 
-#include "cli_common.h"
+namespace vtserve {
 
-namespace vtcli {
+namespace {
+int32_t ReadFixedClock(void* ctx) { return *static_cast<const int32_t*>(ctx); }
+}  // namespace
 
-EngineWorker::EngineWorker(int32_t fixedClockMs) {
-    mThread = std::thread([this, fixedClockMs] { Loop(fixedClockMs); });
+EngineWorker::EngineWorker(int32_t fixedClockMs) : mFixedClockMs(fixedClockMs) {
+    mThread = std::thread([this] { Loop(); });
     std::unique_lock lock(mMutex);
     mWake.wait(lock, [this] { return mReady; });
 }
@@ -24,23 +26,31 @@ void EngineWorker::Run(const std::function<void(vt_engine*)>& job) {
     std::mutex doneMutex;
     std::condition_variable doneWake;
     bool done = false;
+    std::exception_ptr failure;
     {
         std::lock_guard lock(mMutex);
         mQueue.emplace_back([&] {
-            job(mEngine);
+            try {
+                job(mEngine);
+            } catch (...) {
+                failure = std::current_exception();
+            }
             std::lock_guard doneLock(doneMutex);
             done = true;
             doneWake.notify_one();
         });
     }
     mWake.notify_all();
-    std::unique_lock doneLock(doneMutex);
-    doneWake.wait(doneLock, [&] { return done; });
+    {
+        std::unique_lock doneLock(doneMutex);
+        doneWake.wait(doneLock, [&] { return done; });
+    }
+    if (failure) std::rethrow_exception(failure);
 }
 
-void EngineWorker::Loop(int32_t fixedClockMs) {
-    // The clock is per thread: fixing it here fixes the seeds of every Add.
-    if (fixedClockMs > 0) FixClock(fixedClockMs);
+void EngineWorker::Loop() {
+    // The clock is per thread: fixing it here fixes the seeds of this client's adds.
+    if (mFixedClockMs > 0) vt_set_clock(ReadFixedClock, &mFixedClockMs);
     {
         std::lock_guard lock(mMutex);
         mCreateError = vt_create(&mEngine);
@@ -63,4 +73,4 @@ void EngineWorker::Loop(int32_t fixedClockMs) {
     mEngine = nullptr;
 }
 
-}  // namespace vtcli
+}  // namespace vtserve

@@ -1,11 +1,11 @@
-// PNG files of pictures: 8-bit RGB, rows top first.
+// PNG pictures: 8-bit RGB, rows top first, as files (written whole or not at all) or bytes.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-namespace vtcli {
+namespace vtjson {
 
 /// An RGB picture, 3 bytes a pixel, rows top first.
 struct RgbImage {
@@ -41,4 +41,4 @@ std::string WritePng(const std::string& path, const RgbImage& image);
 /// Encodes the picture as PNG bytes into `out`; an empty string on success, else libpng's reason.
 std::string EncodePng(const RgbImage& image, std::vector<uint8_t>& out);
 
-}  // namespace vtcli
+}  // namespace vtjson

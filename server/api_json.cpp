@@ -1,5 +1,5 @@
-// Checked reading of the viewer API's request bodies and JSON of the engine's records.
-#include "serve_json.h"
+// Checked reading of the viewer API's request bodies.
+#include "api_json.h"
 
 #include <algorithm>
 #include <cctype>
@@ -7,9 +7,9 @@
 #include <initializer_list>
 #include <limits>
 
-#include "orbital_names.h"
+#include "records_json.h"
 
-namespace vtcli {
+namespace vtserve {
 
 using nlohmann::json;
 
@@ -36,8 +36,8 @@ ApiError TypeError(const std::string& field, const std::string& expected) {
 
 ApiError RangeError(const std::string& field, const json& value, int64_t lo, int64_t hi) {
     return {422, 6,
-            "Overflow: " + field + " " + value.dump() + " is outside " + std::to_string(lo) + ".." +
-                std::to_string(hi),
+            "Overflow: " + field + " " + vtjson::Dump(value) + " is outside " + std::to_string(lo) +
+                ".." + std::to_string(hi),
             field};
 }
 
@@ -295,40 +295,4 @@ ApiError ParseRefill(const json& body, uint8_t& threshold, int32_t& target) {
     return {};
 }
 
-json OrbInfoJson(const vt_OrbInfo& info, int index) {
-    return {{"index", index},
-            {"Name", info.Name},
-            {"commandName", CommandName(info)},
-            {"n", info.n},
-            {"l", info.l},
-            {"M", info.M},
-            {"OrbType", info.OrbType == VT_AVERAGE_ORBS ? "AverageOrbs" : "SingleOrb"},
-            {"DefaultPDFAtomRadius", info.DefaultPDFAtomRadius},
-            {"DefaultDRPDFAtomRadius", info.DefaultDRPDFAtomRadius},
-            {"DefaultPDFDotThreshold", info.DefaultPDFDotThreshold},
-            {"DefaultDRPDFDotThreshold", info.DefaultDRPDFDotThreshold},
-            {"PDFOptFactor", info.PDFOptFactor},
-            {"DRPDFOptFactor", info.DRPDFOptFactor}};
-}
-
-json SetupJson(const vt_OrbitalSetup& s) {
-    return {{"OrbitalIndex", s.OrbitalIndex},
-            {"OrbitalViewMode", s.OrbitalViewMode == VT_DRPDF ? "DRPDF" : "PDF"},
-            {"AtomRadius", s.AtomRadius},
-            {"DotThreshold", s.DotThreshold},
-            {"DotTarget", s.DotTarget}};
-}
-
-json StatsJson(const vt_OrbitalStats& s) {
-    return {{"FramesRendered", s.FramesRendered},
-            {"ProbFreqs", std::vector<int32_t>(s.ProbFreqs, s.ProbFreqs + 256)},
-            {"TotalSamples", s.TotalSamples},
-            {"Mode", s.Mode},
-            {"CalcTime", s.CalcTime},
-            {"CalcRate", s.CalcRate},
-            {"DotTarget", s.DotTarget},
-            {"DotTotal", s.DotTotal},
-            {"DotTime", s.DotTime}};
-}
-
-}  // namespace vtcli
+}  // namespace vtserve
