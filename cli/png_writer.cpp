@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "safe_file.h"
+
 namespace vtcli {
 
 RgbImage FromBgra(const std::vector<uint8_t>& bgra, int32_t width, int32_t height) {
@@ -33,17 +35,12 @@ void Blit(RgbImage& dst, const RgbImage& src, int32_t x, int32_t y) {
 }
 
 std::string WritePng(const std::string& path, const RgbImage& image) {
-    png_image png;
-    std::memset(&png, 0, sizeof png);
-    png.version = PNG_IMAGE_VERSION;
-    png.width = static_cast<png_uint_32>(image.width);
-    png.height = static_cast<png_uint_32>(image.height);
-    png.format = PNG_FORMAT_RGB;
-    const int ok =
-        png_image_write_to_file(&png, path.c_str(), 0, image.rgb.data(), image.width * 3, nullptr);
-    std::string problem = ok ? "" : png.message;
-    png_image_free(&png);
-    return problem;
+    std::vector<uint8_t> bytes;
+    if (std::string problem = EncodePng(image, bytes); !problem.empty()) return problem;
+    const WriteOutcome written = WriteFileSafely(path, [&](std::FILE* file) {
+        return std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    });
+    return written.ok ? "" : written.problem;
 }
 
 std::string EncodePng(const RgbImage& image, std::vector<uint8_t>& out) {

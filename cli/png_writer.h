@@ -35,7 +35,8 @@ RgbImage FromBgra(const std::vector<uint8_t>& bgra, int32_t width, int32_t heigh
 /// Copies `src` into `dst` with its top left corner at (x, y), clipped at dst's edges.
 void Blit(RgbImage& dst, const RgbImage& src, int32_t x, int32_t y);
 
-/// Writes the picture as a PNG file; an empty string on success, else libpng's reason.
+/// Writes the picture as a PNG file, safely (see WriteFileSafely); an empty string on success,
+/// else the reason.
 std::string WritePng(const std::string& path, const RgbImage& image);
 
 /// Encodes the picture as PNG bytes into `out`; an empty string on success, else libpng's reason.
