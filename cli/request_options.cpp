@@ -57,7 +57,7 @@ void AddOrbitalOptions(CLI::App& command, OrbitalOptions& o) {
         "catalogue's)");
     o.clockOption = command.add_option(
         "--clock", o.clockMs,
-        "fix the millisecond clock (the random seed) for reproducible dots; above 32768");
+        "fix the millisecond clock (the random seed) for reproducible dots; 32768 or more");
 }
 
 void AddRequestOptions(CLI::App& command, RequestOptions& o) {
