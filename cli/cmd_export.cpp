@@ -24,7 +24,9 @@ void AddExportOptions(CLI::App& command, ExportArgs& args) {
                         "cube: every stride-th point of the engine's grid, 1..127 (1: 255 points "
                         "per axis, about 218 MB)")
             ->capture_default_str();
-    command.add_option("--ply", args.ply, "PLY point cloud of the dots (Bohr, colour, level)")
+    command
+        .add_option("--ply", args.ply,
+                    "PLY point cloud of the dots (Bohr, colour, level), - for standard output")
         ->type_name("FILE");
     command.add_option("--ply-format", args.plyFormat, "ascii or binary (little-endian)")
         ->capture_default_str();
@@ -99,7 +101,8 @@ int RunExport(const ExportArgs& args) {
                       problem)) {
             return FileError("cannot write " + args.ply + ": " + problem);
         }
-        std::printf("wrote %s (%d dots)\n", args.ply.c_str(), count);
+        std::fprintf(args.ply == "-" ? stderr : stdout, "wrote %s (%d dots)\n", args.ply.c_str(),
+                     count);
     }
     return kExitOk;
 }
