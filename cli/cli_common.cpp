@@ -1,6 +1,7 @@
 // Messages, the catalogue and the fixed clock of the veltara command.
 #include "cli_common.h"
 
+#include <cctype>
 #include <cstdio>
 
 namespace vtcli {
@@ -11,8 +12,11 @@ int UsageError(const std::string& argument, const std::string& problem) {
 }
 
 int EngineError(int32_t number, const std::string& context) {
-    std::fprintf(stderr, "veltara: error %d: %s (while %s)\n", static_cast<int>(number),
-                 vt_error_text(number), context.c_str());
+    std::string text = vt_error_text(number);
+    if (!text.empty())
+        text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
+    std::fprintf(stderr, "veltara: %s while %s (engine error %d)\n", text.c_str(), context.c_str(),
+                 static_cast<int>(number));
     return kExitEngine;
 }
 

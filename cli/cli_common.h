@@ -17,7 +17,7 @@ inline constexpr int kExitUsage = 2;
 /// Prints "veltara: ARGUMENT: PROBLEM" on stderr and returns kExitUsage.
 int UsageError(const std::string& argument, const std::string& problem);
 
-/// Prints "veltara: error N: MESSAGE (while CONTEXT)" on stderr and returns kExitEngine.
+/// Prints "veltara: MESSAGE while CONTEXT (engine error N)" on stderr and returns kExitEngine.
 int EngineError(int32_t number, const std::string& context);
 
 /// Prints "veltara: PROBLEM" on stderr (a file that could not be written) and returns
@@ -28,12 +28,12 @@ int FileError(const std::string& problem);
 class Engine {
   public:
     Engine() = default;
-    ~Engine() { vt_destroy(mEngine); }
+    ~Engine() { vt_engine_free(mEngine); }
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
     /// Creates the engine; the error number, 0 on success.
-    int32_t Create() { return vt_create(&mEngine); }
+    int32_t Create() { return vt_engine_new(&mEngine); }
     vt_engine* get() const { return mEngine; }
 
   private:

@@ -4,16 +4,50 @@
 #include "commands.h"
 #include "export_files.h"
 #include "orbital_names.h"
+#include "refusals.h"
 #include "session.h"
 
 namespace vtcli {
+
+void AddExportOptions(CLI::App& command, ExportArgs& args) {
+    command
+        .add_option("--cube", args.cube,
+                    "Gaussian cube file of the view's values over the whole cube, - for "
+                    "standard output: the normalised density in bohr^-3 (pdf), or the radially "
+                    "weighted value, which is neither a density nor normalised (drpdf)")
+        ->type_name("FILE");
+    args.pointsOption = command.add_option("--points", args.points,
+                                           "cube: points per axis from -radius to radius, 2..1000");
+    args.strideOption =
+        command
+            .add_option("--stride", args.stride,
+                        "cube: every stride-th point of the engine's grid, 1..127 (1: 255 points "
+                        "per axis, about 218 MB)")
+            ->capture_default_str();
+    command
+        .add_option("--ply", args.ply,
+                    "PLY point cloud of the dots (Bohr, colour, level), - for standard output")
+        ->type_name("FILE");
+    command.add_option("--ply-format", args.plyFormat, "ascii or binary (little-endian)")
+        ->capture_default_str();
+}
 
 int RunExport(const ExportArgs& args) {
     if (args.cube.empty() && args.ply.empty()) {
         return UsageError("export", "nothing to write: give --cube FILE, --ply FILE or both");
     }
+    const bool byPoints = args.pointsOption != nullptr && args.pointsOption->count() > 0;
+    if (byPoints && args.strideOption != nullptr && args.strideOption->count() > 0) {
+        return UsageError("--points", "give either --points or --stride, not both");
+    }
+    if (byPoints && (args.points < 2 || args.points > 1000)) {
+        return UsageError("--points", std::to_string(args.points) + " is outside 2..1000");
+    }
     if (args.stride < 1 || args.stride > 127) {
         return UsageError("--stride", std::to_string(args.stride) + " is outside 1..127");
+    }
+    if (args.plyFormat != "ascii" && args.plyFormat != "binary") {
+        return UsageError("--ply-format", "'" + args.plyFormat + "' is not one of ascii|binary");
     }
     if (const int rc = ApplyClock(args.setup)) return rc;
     Session session;
@@ -23,24 +57,34 @@ int RunExport(const ExportArgs& args) {
     const vt_OrbInfo& info = session.catalogue.entries[static_cast<size_t>(index)];
     vt_OrbitalSetup setup{};
     if (const int rc = MakeSetup(args.setup, info, index, setup)) return rc;
-    const std::string view = setup.OrbitalViewMode == VT_PDF ? "pdf" : "drpdf";
+    const bool pdf = setup.OrbitalViewMode == VT_PDF;
+    const std::string what = "Veltara " + CommandName(info) + (pdf ? " pdf" : " drpdf") +
+                             ", radius " + std::to_string(setup.AtomRadius) + " Bohr";
 
     if (!args.cube.empty()) {
-        const CubeGrid grid{setup.AtomRadius, static_cast<int32_t>(args.stride)};
+        const CubeGrid grid = byPoints
+                                  ? PointsGrid(setup.AtomRadius, static_cast<int32_t>(args.points))
+                                  : StrideGrid(setup.AtomRadius, static_cast<int32_t>(args.stride));
         const std::string title =
-            "Veltara " + CommandName(info) + " " + view +
-            (setup.OrbitalViewMode == VT_PDF ? ": normalised probability density, per cubic Bohr"
-                                             : ": normalised radially weighted density");
-        const int32_t rc =
-            WriteCube(args.cube, static_cast<int16_t>(index), setup.OrbitalViewMode, title, grid);
-        if (rc < 0) return FileError("cannot write " + args.cube);
+            pdf ? "normalised probability density in bohr^-3 of " + what
+                : "radially weighted value of " + what + " (not a density, not normalised)";
+        char comment[160];
+        std::snprintf(comment, sizeof comment,
+                      "%d points per axis, step %.12f Bohr; x outer, y middle, z inner",
+                      grid.points, grid.step);
+        std::string problem;
+        const int32_t rc = WriteCube(args.cube, static_cast<int16_t>(index), setup.OrbitalViewMode,
+                                     title, comment, grid, problem);
+        if (rc < 0) return FileError("cannot write " + args.cube + ": " + problem);
         if (rc > 0) return EngineError(rc, "computing the density of " + CommandName(info));
-        std::printf("wrote %s (%d points per axis)\n", args.cube.c_str(), grid.Points());
+        // Standard output holds the cube itself when it is "-".
+        std::fprintf(args.cube == "-" ? stderr : stdout, "wrote %s (%d points per axis)\n",
+                     args.cube.c_str(), grid.points);
     }
 
     if (!args.ply.empty()) {
         int16_t slot = 0;
-        if (const int rc = AddOrbital(session, args.setup, index, slot, setup)) return rc;
+        if (const int rc = AddOrbitalExplained(session, args.setup, index, slot, setup)) return rc;
         int32_t count = 0;
         if (const int32_t rc = vt_get_dots(session.engine.get(), slot, nullptr, 0, &count)) {
             return EngineError(rc, "reading the dots of " + CommandName(info));
@@ -50,13 +94,15 @@ int RunExport(const ExportArgs& args) {
                 vt_get_dots(session.engine.get(), slot, dots.data(), count, &count)) {
             return EngineError(rc, "reading the dots of " + CommandName(info));
         }
-        const std::string comment = "Veltara " + CommandName(info) + " dot cloud, " + view +
-                                    " view, radius " + std::to_string(setup.AtomRadius) +
-                                    " Bohr; colour from the probability level";
-        if (!WritePly(args.ply, dots, setup.AtomRadius, comment)) {
-            return FileError("cannot write " + args.ply);
+        const std::string comment =
+            what + " dot cloud; colour and level from the probability level";
+        std::string problem;
+        if (!WritePly(args.ply, dots, setup.AtomRadius, comment, args.plyFormat == "binary",
+                      problem)) {
+            return FileError("cannot write " + args.ply + ": " + problem);
         }
-        std::printf("wrote %s (%d dots)\n", args.ply.c_str(), count);
+        std::fprintf(args.ply == "-" ? stderr : stdout, "wrote %s (%d dots)\n", args.ply.c_str(),
+                     count);
     }
     return kExitOk;
 }

@@ -4,7 +4,9 @@
 #include <system_error>
 
 #include "commands.h"
+#include "label_font.h"
 #include "orbital_names.h"
+#include "refusals.h"
 #include "session.h"
 
 namespace vtcli {
@@ -18,7 +20,7 @@ int RenderOne(Session& session, const RenderArgs& args, int index, const vt_Rend
     const std::string name = CommandName(session.catalogue.entries[static_cast<size_t>(index)]);
     int16_t slot = 0;
     vt_OrbitalSetup setup{};
-    if (const int rc = AddOrbital(session, args.setup, index, slot, setup)) return rc;
+    if (const int rc = AddOrbitalExplained(session, args.setup, index, slot, setup)) return rc;
     int rc = RenderPicture(session, slot, request, name, picture);
     if (rc == kExitOk && thumbnail != nullptr) {
         vt_RenderRequest small = request;
@@ -34,7 +36,8 @@ int RenderGallery(Session& session, const RenderArgs& args, const vt_RenderReque
     std::filesystem::create_directories(args.outDir, ec);
     if (ec) return FileError("cannot create " + args.outDir + ": " + ec.message());
 
-    // The contact sheet: the 40 small pictures in 8 columns and 5 rows, in catalogue order.
+    // The contact sheet: the 40 small pictures in 8 columns and 5 rows, in catalogue order, each
+    // labelled with its orbital's name in its bottom left corner.
     constexpr int32_t kColumns = 8, kCell = 128;
     const int32_t count = static_cast<int32_t>(session.catalogue.entries.size());
     const int32_t rows = (count + kColumns - 1) / kColumns;
@@ -50,7 +53,10 @@ int RenderGallery(Session& session, const RenderArgs& args, const vt_RenderReque
              (prefix + FileName(session.catalogue.entries[static_cast<size_t>(i)]) + ".png"))
                 .string();
         if (const int rc = SavePng(file, picture)) return rc;
-        Blit(sheet, thumbnail, (i % kColumns) * kCell, (i / kColumns) * kCell);
+        const int32_t cellX = (i % kColumns) * kCell, cellY = (i / kColumns) * kCell;
+        Blit(sheet, thumbnail, cellX, cellY);
+        DrawLabel(sheet, cellX + 1, cellY + kCell - kLabelTextHeight - 6,
+                  CommandName(session.catalogue.entries[static_cast<size_t>(i)]));
     }
     const std::string sheetFile =
         (std::filesystem::path(args.outDir) / "contact-sheet.png").string();

@@ -6,6 +6,7 @@
 #include "histogram_plot.h"
 #include "orbital_names.h"
 #include "records_json.h"
+#include "refusals.h"
 #include "session.h"
 
 namespace vtcli {
@@ -61,7 +62,7 @@ int RunStats(const StatsArgs& args) {
 
     int16_t slot = 0;
     vt_OrbitalSetup setup{};
-    if (const int rc = AddOrbital(session, args.setup, index, slot, setup)) return rc;
+    if (const int rc = AddOrbitalExplained(session, args.setup, index, slot, setup)) return rc;
     vt_OrbitalStats stats{};
     if (const int32_t rc = vt_get_stats(session.engine.get(), slot, &stats)) {
         return EngineError(rc, "reading the statistics of " + CommandName(info));

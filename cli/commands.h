@@ -32,9 +32,16 @@ struct ExportArgs {
     std::string orbital;
     std::string cube;
     std::string ply;
+    std::string plyFormat = "ascii";
     int64_t stride = 1;
+    int64_t points = 0;
+    CLI::Option* strideOption = nullptr;
+    CLI::Option* pointsOption = nullptr;
     OrbitalOptions setup;
 };
+
+/// The options of export beyond the orbital's: files, cube grid, PLY format.
+void AddExportOptions(CLI::App& command, ExportArgs& args);
 
 int RunList(const ListArgs& args);
 int RunRender(const RenderArgs& args);

@@ -9,27 +9,33 @@
 
 namespace vtcli {
 
-/// The sampling of a cube file: 2 * half + 1 points per axis at grid indices -half * stride ..
-/// half * stride, the grid step being radius / 127 Bohr radii.
+/// The sampling of a cube file: `points` per axis from `origin` in steps of `step` Bohr on each
+/// axis. Origin and step are the values as the header writes them, and every point is sampled at
+/// origin + i * step, so a reader places each value exactly where it was computed.
 struct CubeGrid {
-    int32_t radius = 1;
-    int32_t stride = 1;
-
-    int32_t Half() const { return 127 / stride; }
-    int32_t Points() const { return 2 * Half() + 1; }
-    double Step() const { return stride * (radius / 127.0); }
+    int32_t points = 0;
+    double origin = 0;
+    double step = 0;
 };
 
-/// Writes the cube file of catalogue orbital `orbital` in `view` (VT_PDF or VT_DRPDF): the
-/// normalised density at every grid point, x outermost, z innermost. Returns 0, the engine's
-/// error number, or -1 when the file could not be written.
-int32_t WriteCube(const std::string& path, int16_t orbital, int32_t view, const std::string& title,
-                  const CubeGrid& grid);
+/// Every stride-th point of the engine's grid (step radius / 127): 2 * (127 / stride) + 1 points
+/// per axis, symmetric about the nucleus.
+CubeGrid StrideGrid(int32_t radius, int32_t stride);
 
-/// Writes the dots as an ASCII PLY point cloud: x, y, z in Bohr radii (grid coordinate x
-/// radius / 127) and the colour of the dot's level (red 255 - P, green P, blue 0). False when
-/// the file could not be written.
+/// `points` points per axis (2 or more) from -radius to radius.
+CubeGrid PointsGrid(int32_t radius, int32_t points);
+
+/// Writes the cube file ("-": standard output) of catalogue orbital `orbital` in `view` (VT_PDF
+/// or VT_DRPDF): the normalised density at every point, x outermost, z innermost, after the two
+/// comment lines `title` and `comment`. Returns 0, the engine's error number, or -1 when the file
+/// could not be written (`problem` says why; the path is left as it was).
+int32_t WriteCube(const std::string& path, int16_t orbital, int32_t view, const std::string& title,
+                  const std::string& comment, const CubeGrid& grid, std::string& problem);
+
+/// Writes the dots as a PLY point cloud, ASCII or `binary` little-endian: x, y, z in Bohr radii
+/// (grid coordinate x radius / 127), the colour of the dot's level (red 255 - P, green P, blue
+/// 0) and the level P itself. False when the file could not be written (`problem` says why).
 bool WritePly(const std::string& path, const std::vector<vt_PointArray>& dots, int32_t radius,
-              const std::string& comment);
+              const std::string& comment, bool binary, std::string& problem);
 
 }  // namespace vtcli

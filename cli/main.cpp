@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "commands.h"
+#include "safe_file.h"
 #include "viewer_server.h"
 
 namespace {
@@ -17,6 +18,7 @@ constexpr const char* kOrbitalHelp =
 int main(int argc, char** argv) {
     CLI::App app{"veltara: pictures, statistics and data of the hydrogen atom's orbitals"};
     app.require_subcommand(1);
+    app.set_version_flag("--version", std::string("veltara ") + vt_version());
 
     vtcli::ListArgs listArgs;
     CLI::App* list = app.add_subcommand("list", "the orbital catalogue");
@@ -44,14 +46,7 @@ int main(int argc, char** argv) {
     vtcli::ExportArgs exportArgs;
     CLI::App* exportCmd = app.add_subcommand("export", "an orbital's density or dots as files");
     exportCmd->add_option("ORBITAL", exportArgs.orbital, kOrbitalHelp)->required();
-    exportCmd->add_option("--cube", exportArgs.cube,
-                          "Gaussian cube file of the normalised density of the view over the "
-                          "whole cube");
-    exportCmd->add_option("--ply", exportArgs.ply, "ASCII PLY point cloud of the dots (Bohr)");
-    exportCmd
-        ->add_option("--stride", exportArgs.stride,
-                     "cube: every stride-th grid point (1: 255 points per axis)")
-        ->capture_default_str();
+    vtcli::AddExportOptions(*exportCmd, exportArgs);
     vtcli::AddOrbitalOptions(*exportCmd, exportArgs.setup);
 
     CLI::App* about = app.add_subcommand("about", "the about box");
@@ -89,18 +84,19 @@ int main(int argc, char** argv) {
     // CLI11 reports bad arguments by throwing; help is also delivered this way.
     try {
         app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& e) {
-        return app.exit(e);
+    } catch (const CLI::Success& e) {  // --help, --version
+        return vtcli::FinishStandardOutput(app.exit(e));
     } catch (const CLI::ParseError& e) {
         std::fprintf(stderr, "veltara: %s (see veltara --help)\n", e.what());
         return vtcli::kExitUsage;
     }
 
-    if (list->parsed()) return vtcli::RunList(listArgs);
-    if (render->parsed()) return vtcli::RunRender(renderArgs);
-    if (stats->parsed()) return vtcli::RunStats(statsArgs);
-    if (exportCmd->parsed()) return vtcli::RunExport(exportArgs);
-    if (about->parsed()) return vtcli::RunAbout();
+    // Every result on standard output must have arrived: checked once, at the end.
+    if (list->parsed()) return vtcli::FinishStandardOutput(vtcli::RunList(listArgs));
+    if (render->parsed()) return vtcli::FinishStandardOutput(vtcli::RunRender(renderArgs));
+    if (stats->parsed()) return vtcli::FinishStandardOutput(vtcli::RunStats(statsArgs));
+    if (exportCmd->parsed()) return vtcli::FinishStandardOutput(vtcli::RunExport(exportArgs));
+    if (about->parsed()) return vtcli::FinishStandardOutput(vtcli::RunAbout());
     if (serve->parsed()) return vtserve::RunServe(serveArgs);
     return vtcli::kExitUsage;
 }

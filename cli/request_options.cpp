@@ -45,13 +45,19 @@ void AddOrbitalOptions(CLI::App& command, OrbitalOptions& o) {
         ->capture_default_str();
     o.radiusOption = command.add_option(
         "--radius", o.radius, "atom radius in Bohr radii, 1..32767 (default: the catalogue's)");
-    command.add_option("--dots", o.dots, "dots wanted, 0..32767")->capture_default_str();
-    o.thresholdOption = command.add_option("--threshold", o.threshold,
-                                           "lowest probability level of a dot, 0..255 "
-                                           "(default: the catalogue's)");
+    command
+        .add_option("--dots", o.dots,
+                    "dots wanted, 0..32767; the cloud comes out somewhat smaller, and 0 gives "
+                    "no cloud but a single dot at the nucleus with level 0")
+        ->capture_default_str();
+    o.thresholdOption = command.add_option(
+        "--threshold", o.threshold,
+        "probability threshold 0..255: a dot needs a level above it, so 255 draws no dot, and a "
+        "threshold that only the nucleus exceeds gives a cloud without size (default: the "
+        "catalogue's)");
     o.clockOption = command.add_option(
         "--clock", o.clockMs,
-        "fix the millisecond clock (the random seed) for reproducible dots; above 32768");
+        "fix the millisecond clock (the random seed) for reproducible dots; 32768 or more");
 }
 
 void AddRequestOptions(CLI::App& command, RequestOptions& o) {
@@ -114,7 +120,7 @@ int MakeSetup(const OrbitalOptions& o, const vt_OrbInfo& info, int index, vt_Orb
 }
 
 int MakeRequest(const RequestOptions& o, vt_RenderRequest& r) {
-    r = vt_RenderRequest{};
+    r = DefaultRequest();
     int32_t mode = 0, dir = 0, size = 0;
     if (const int rc = ParseName<5>(
             "--mode", o.mode, {"orthographic", "perspective", "anaglyph", "volumetric", "transect"},

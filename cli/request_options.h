@@ -22,23 +22,32 @@ struct OrbitalOptions {
     CLI::Option* clockOption = nullptr;
 };
 
-/// One picture: every field of the render request, angles in degrees.
+/// The request every host starts from (vt_render_request_init): Main, orthographic, angles 0,
+/// camera 400, plane 200, stereo factor 20, quality 10, final.
+inline vt_RenderRequest DefaultRequest() {
+    vt_RenderRequest r{};
+    vt_render_request_init(&r);
+    return r;
+}
+
+/// One picture: every field of the render request, angles in degrees; the defaults are
+/// DefaultRequest's.
 struct RequestOptions {
-    double theta = 20;
-    double phi = 30;
+    double theta = DefaultRequest().Theta * 180.0 / 3.14159265358979323846;
+    double phi = DefaultRequest().Phi * 180.0 / 3.14159265358979323846;
     std::string mode = "orthographic";
     std::string size = "main";
-    int64_t camera = 400;
-    int64_t plane = 200;
-    int64_t transect = 0;
+    int64_t camera = DefaultRequest().CameraPos;
+    int64_t plane = DefaultRequest().ProjectionPlane;
+    int64_t transect = DefaultRequest().TransectNo;
     std::string transectDir = "x";
-    bool transector = false;
-    bool colouredTransector = false;
-    int64_t quality = 10;
-    bool preview = false;
-    bool probDots = false;
-    bool probTrans = false;
-    int64_t stereo = 20;
+    bool transector = DefaultRequest().Transector == VT_TRUE;
+    bool colouredTransector = DefaultRequest().UseColouredTransector == VT_TRUE;
+    int64_t quality = DefaultRequest().VolQuality;
+    bool preview = DefaultRequest().VolFinal != VT_TRUE;
+    bool probDots = DefaultRequest().ShowProbLevelOnDots == VT_TRUE;
+    bool probTrans = DefaultRequest().ShowProbLevelOnTrans == VT_TRUE;
+    int64_t stereo = DefaultRequest().StereoFactor;
 };
 
 void AddOrbitalOptions(CLI::App& command, OrbitalOptions& options);

@@ -6,13 +6,13 @@
 #include "cli_common.h"
 #include "png_writer.h"
 #include "request_options.h"
+#include "safe_file.h"
 
 namespace vtcli {
 
 using vtjson::Blit;
 using vtjson::FromBgra;
 using vtjson::RgbImage;
-using vtjson::WritePng;
 
 struct Session {
     Engine engine;

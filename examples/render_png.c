@@ -3,14 +3,13 @@
  *   render_png OUT.png [INDEX]      INDEX: catalogue index 0..39 (default 9, 3Dz²)
  *
  * Adds the orbital with the catalogue's defaults for the density view, renders a Main
- * orthographic picture of its dot cloud, reads the picture behind the device handle and writes
- * it as an 8-bit RGB PNG with libpng's simplified interface. */
+ * orthographic picture of its dot cloud into a buffer and writes it as an 8-bit RGB PNG with
+ * libpng's simplified interface. */
 #include <png.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-
-#include "veltara.h"
+#include <veltara/veltara.h>
 
 /* A fixed clock reading, so that the dots are the same on every run (above 32768 ms). */
 static int32_t fixed_clock(void *ctx) {
@@ -28,7 +27,6 @@ int main(int argc, char **argv) {
     vt_OrbInfo catalogue[40];
     vt_OrbitalSetup setup;
     vt_RenderRequest request;
-    vt_RenderDCinfo dc;
     int16_t slot = 0;
     int32_t width = 0, height = 0, rc = 0;
     int index = 9, status = 1;
@@ -47,8 +45,8 @@ int main(int argc, char **argv) {
     }
 
     vt_set_clock(fixed_clock, NULL);
-    if ((rc = vt_create(&engine)) != 0) return fail("creating the engine", rc);
-    if ((rc = vt_enum_orbitals(engine, catalogue)) != 0) {
+    if ((rc = vt_engine_new(&engine)) != VT_OK) return fail("creating the engine", rc);
+    if ((rc = vt_enum_orbitals_into(engine, catalogue, 40, &width)) != VT_OK) {
         status = fail("reading the catalogue", rc);
         goto done;
     }
@@ -59,31 +57,18 @@ int main(int argc, char **argv) {
     setup.DotThreshold = (uint8_t)catalogue[index].DefaultPDFDotThreshold;
     setup.OrbitalIndex = (int16_t)index;
     setup.OrbitalViewMode = VT_PDF;
-    if ((rc = vt_add(engine, &setup, &slot)) != 0) {
+    if ((rc = vt_add(engine, &setup, &slot)) != VT_OK) {
         status = fail("adding the orbital", rc);
         goto done;
     }
 
-    memset(&request, 0, sizeof request);
+    /* The defaults (Main, orthographic, camera 400, ...), seen from a slight angle. */
+    vt_render_request_init(&request);
     request.Theta = 0.35; /* radians */
     request.Phi = 0.5;
-    request.CameraPos = 400;
-    request.ProjectionPlane = 200;
-    request.Size = VT_MAIN;
-    request.Mode = VT_ORTHOGRAPHIC;
-    request.VolQuality = 10;
-    request.VolFinal = VT_TRUE;
-    request.StereoFactor = 20;
-    if ((rc = vt_get_render(engine, slot, &request, &dc)) != 0) {
-        status = fail("rendering", rc);
-        goto done;
-    }
-    if ((rc = vt_surface_info(dc.MainHDC, &width, &height)) != 0) {
-        status = fail("reading the picture size", rc);
-        goto done;
-    }
 
-    /* The surface gives B, G, R, A with rows top first; the PNG wants R, G, B. */
+    /* The buffer takes B, G, R, A with rows top first; the PNG wants R, G, B. */
+    width = height = VT_PICTURE_EDGE(request.Size);
     pixels = (size_t)width * (size_t)height;
     bgra = malloc(pixels * 4);
     rgb = malloc(pixels * 3);
@@ -91,8 +76,9 @@ int main(int argc, char **argv) {
         fprintf(stderr, "render_png: out of memory\n");
         goto done;
     }
-    if ((rc = vt_surface_read(dc.MainHDC, bgra, pixels * 4)) != 0) {
-        status = fail("reading the picture", rc);
+    rc = vt_render_to_buffer(engine, slot, &request, bgra, pixels * 4, &width, &height);
+    if (rc != VT_OK) {
+        status = fail("rendering", rc);
         goto done;
     }
     for (i = 0; i < pixels; ++i) {
@@ -117,7 +103,7 @@ int main(int argc, char **argv) {
 done:
     free(bgra);
     free(rgb);
-    vt_destroy(engine);
+    vt_engine_free(engine);
     vt_set_clock(NULL, NULL);
     return status;
 }

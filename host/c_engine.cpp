@@ -1,4 +1,5 @@
 // The C interface of the main atom class and its orbital collection.
+#include <algorithm>
 #include <new>
 #include <string>
 
@@ -37,21 +38,36 @@ veltara::OrbitalIndexValue ToIndexValue(const vt_Variant& v) {
 
 extern "C" {
 
-int32_t vt_create(vt_engine** out) {
+int32_t vt_engine_new(vt_engine** out) {
     if (out == nullptr) return kNullArgument;
     *out = nullptr;
     return Guard([&] { *out = new vt_engine; });
 }
 
-void vt_destroy(vt_engine* e) { delete e; }
+void vt_engine_free(vt_engine* e) { delete e; }
+
+int32_t vt_create(vt_engine** out) { return vt_engine_new(out); }
+
+void vt_destroy(vt_engine* e) { vt_engine_free(e); }
+
+int32_t vt_enum_orbitals_into(vt_engine* e, vt_OrbInfo* out, int32_t capacity, int32_t* count) {
+    if (e == nullptr) return kNullObject;
+    if (count == nullptr || (out == nullptr && capacity != 0)) return kNullArgument;
+    return Guard([&]() -> int32_t {
+        const std::vector<veltara::OrbInfo> list = e->engine.EnumOrbitals();
+        *count = static_cast<int32_t>(list.size());
+        if (out == nullptr) return VT_OK;
+        if (capacity < 0 || static_cast<size_t>(capacity) < list.size()) return VT_ERR_SUBSCRIPT;
+        std::transform(list.begin(), list.end(), out,
+                       [](const veltara::OrbInfo& info) { return ToC(info); });
+        return VT_OK;
+    });
+}
 
 int32_t vt_enum_orbitals(vt_engine* e, vt_OrbInfo out[40]) {
-    if (e == nullptr) return kNullObject;
-    if (out == nullptr) return kNullArgument;
-    return Guard([&] {
-        const std::vector<veltara::OrbInfo> list = e->engine.EnumOrbitals();
-        for (size_t i = 0; i < list.size() && i < 40; ++i) out[i] = ToC(list[i]);
-    });
+    int32_t count = 0;
+    if (e != nullptr && out == nullptr) return kNullArgument;
+    return vt_enum_orbitals_into(e, out, VT_CATALOGUE_SIZE, &count);
 }
 
 int16_t vt_highest_n(vt_engine* e) {
@@ -68,6 +84,12 @@ int32_t vt_add(vt_engine* e, const vt_OrbitalSetup* setup, int16_t* index) {
 int32_t vt_delete(vt_engine* e, int16_t index) {
     if (e == nullptr) return kNullObject;
     return Guard([&] { e->engine.Orbitals()->Delete(index); });
+}
+
+int32_t vt_render_request_init(vt_RenderRequest* req) {
+    if (req == nullptr) return kNullArgument;
+    *req = ToC(veltara::DefaultRenderRequest());
+    return VT_OK;
 }
 
 int32_t vt_get_render(vt_engine* e, int16_t index, const vt_RenderRequest* req,

@@ -39,6 +39,8 @@ extern "C" {
 
 const char* vt_error_text(int32_t number) { return veltara::ErrorText(number); }
 
+const char* vt_version(void) { return VT_VERSION_STRING; }
+
 void vt_set_clock(int32_t (*clock)(void* ctx), void* ctx) {
     // Two pointers fit the function object's own storage, so installing cannot allocate.
     if (clock == nullptr) {

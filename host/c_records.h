@@ -10,6 +10,7 @@
 namespace veltara::host {
 
 inline RenderRequest ToEngine(const vt_RenderRequest& r) { return std::bit_cast<RenderRequest>(r); }
+inline vt_RenderRequest ToC(const RenderRequest& r) { return std::bit_cast<vt_RenderRequest>(r); }
 inline OrbitalSetup ToEngine(const vt_OrbitalSetup& s) { return std::bit_cast<OrbitalSetup>(s); }
 inline vt_OrbitalSetup ToC(const OrbitalSetup& s) { return std::bit_cast<vt_OrbitalSetup>(s); }
 inline vt_RenderDCinfo ToC(const RenderDCinfo& d) { return std::bit_cast<vt_RenderDCinfo>(d); }

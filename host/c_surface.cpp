@@ -61,6 +61,17 @@ int32_t vt_surface_read(int32_t handle, uint8_t* bgra, size_t size) {
     });
 }
 
+int32_t vt_render_to_buffer(vt_engine* e, int16_t index, const vt_RenderRequest* req, uint8_t* bgra,
+                            size_t capacity, int32_t* width, int32_t* height) {
+    if (bgra == nullptr || width == nullptr || height == nullptr) return kNullArgument;
+    vt_RenderDCinfo dc{};
+    if (const int32_t rc = vt_get_render(e, index, req, &dc)) return rc;
+    // The handle of the size just drawn; the other one is whatever an earlier picture left.
+    const int32_t handle = req->Size == VT_MAIN ? dc.MainHDC : dc.NanoHDC;
+    if (const int32_t rc = vt_surface_info(handle, width, height)) return rc;
+    return vt_surface_read(handle, bgra, capacity);
+}
+
 int32_t vt_memdc_new(vt_memdc** out) {
     if (out == nullptr) return kNullArgument;
     *out = nullptr;

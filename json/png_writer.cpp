@@ -32,20 +32,6 @@ void Blit(RgbImage& dst, const RgbImage& src, int32_t x, int32_t y) {
     }
 }
 
-std::string WritePng(const std::string& path, const RgbImage& image) {
-    png_image png;
-    std::memset(&png, 0, sizeof png);
-    png.version = PNG_IMAGE_VERSION;
-    png.width = static_cast<png_uint_32>(image.width);
-    png.height = static_cast<png_uint_32>(image.height);
-    png.format = PNG_FORMAT_RGB;
-    const int ok =
-        png_image_write_to_file(&png, path.c_str(), 0, image.rgb.data(), image.width * 3, nullptr);
-    std::string problem = ok ? "" : png.message;
-    png_image_free(&png);
-    return problem;
-}
-
 std::string EncodePng(const RgbImage& image, std::vector<uint8_t>& out) {
     png_image png;
     std::memset(&png, 0, sizeof png);

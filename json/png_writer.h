@@ -1,4 +1,4 @@
-// PNG pictures: 8-bit RGB, rows top first, as files (written whole or not at all) or bytes.
+// PNG pictures: 8-bit RGB, rows top first, encoded to bytes.
 #pragma once
 
 #include <cstdint>
@@ -34,9 +34,6 @@ RgbImage FromBgra(const std::vector<uint8_t>& bgra, int32_t width, int32_t heigh
 
 /// Copies `src` into `dst` with its top left corner at (x, y), clipped at dst's edges.
 void Blit(RgbImage& dst, const RgbImage& src, int32_t x, int32_t y);
-
-/// Writes the picture as a PNG file; an empty string on success, else libpng's reason.
-std::string WritePng(const std::string& path, const RgbImage& image);
 
 /// Encodes the picture as PNG bytes into `out`; an empty string on success, else libpng's reason.
 std::string EncodePng(const RgbImage& image, std::vector<uint8_t>& out);

@@ -169,14 +169,8 @@ ApiError ParseRenderRequest(const json& body, vt_RenderRequest& r, PictureFormat
         e.failed()) {
         return e;
     }
-    r = vt_RenderRequest{};
-    r.CameraPos = 400;
-    r.ProjectionPlane = 200;
-    r.StereoFactor = 20;
-    r.VolQuality = 10;
-    r.VolFinal = VT_TRUE;
-    r.Size = VT_MAIN;
-    r.Mode = VT_ORTHOGRAPHIC;
+    // Fields the body leaves out keep the engine's defaults.
+    vt_render_request_init(&r);
 
     ApiError e;
     if ((e = ReadDouble(body, "Theta", r.Theta)).failed()) return e;
