@@ -15,6 +15,9 @@ int RunExport(const ExportArgs& args) {
     if (args.stride < 1 || args.stride > 127) {
         return UsageError("--stride", std::to_string(args.stride) + " is outside 1..127");
     }
+    if (args.quantity != "density" && args.quantity != "psi") {
+        return UsageError("--quantity", "'" + args.quantity + "' is neither density nor psi");
+    }
     if (const int rc = ApplyClock(args.setup)) return rc;
     Session session;
     if (const int rc = OpenSession(session)) return rc;
@@ -23,18 +26,30 @@ int RunExport(const ExportArgs& args) {
     const vt_OrbInfo& info = session.catalogue.entries[static_cast<size_t>(index)];
     vt_OrbitalSetup setup{};
     if (const int rc = MakeSetup(args.setup, info, index, setup)) return rc;
+    if (args.quantity == "psi" && !args.cube.empty() && info.OrbType == VT_AVERAGE_ORBS) {
+        return UsageError("--quantity", "psi needs a single orbital: " + CommandName(info) +
+                                            " is a mixture of orbitals and has no sign");
+    }
     const std::string view = setup.OrbitalViewMode == VT_PDF ? "pdf" : "drpdf";
 
     if (!args.cube.empty()) {
         const CubeGrid grid{setup.AtomRadius, static_cast<int32_t>(args.stride)};
+        const bool psi = args.quantity == "psi";
         const std::string title =
-            "Veltara " + CommandName(info) + " " + view +
-            (setup.OrbitalViewMode == VT_PDF ? ": normalised probability density, per cubic Bohr"
-                                             : ": normalised radially weighted density");
-        const int32_t rc =
-            WriteCube(args.cube, static_cast<int16_t>(index), setup.OrbitalViewMode, title, grid);
+            "Veltara " + CommandName(info) +
+            (psi ? " psi: signed wavefunction, Bohr^(-3/2)"
+                 : " " + view +
+                       (setup.OrbitalViewMode == VT_PDF
+                            ? ": normalised probability density, per cubic Bohr"
+                            : ": normalised radially weighted density"));
+        const int32_t rc = WriteCube(args.cube, static_cast<int16_t>(index),
+                                     psi ? kCubePsi : setup.OrbitalViewMode, title, grid);
         if (rc < 0) return FileError("cannot write " + args.cube);
-        if (rc > 0) return EngineError(rc, "computing the density of " + CommandName(info));
+        if (rc > 0) {
+            return EngineError(
+                rc, std::string(psi ? "computing psi of " : "computing the density of ") +
+                        CommandName(info));
+        }
         std::printf("wrote %s (%d points per axis)\n", args.cube.c_str(), grid.Points());
     }
 

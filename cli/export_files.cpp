@@ -24,6 +24,12 @@ void AppendE(std::string& out, double v) {
     for (char c : text) out += c == 'e' ? 'E' : c;
 }
 
+/// The cube's values at count points: the density of a view, or psi.
+int32_t CubeValues(int16_t orbital, int32_t view, const double* xyz, size_t count, double* out) {
+    if (view == kCubePsi) return vt_wavefunction(orbital, xyz, count, out);
+    return vt_real_density(orbital, view, xyz, count, out);
+}
+
 }  // namespace
 
 int32_t WriteCube(const std::string& path, int16_t orbital, int32_t view, const std::string& title,
@@ -58,7 +64,7 @@ int32_t WriteCube(const std::string& path, int16_t orbital, int32_t view, const 
                 xyz[3 * k + 2] = origin + iz * step;
             }
         }
-        if (const int32_t rc = vt_real_density(orbital, view, xyz.data(), slab, density.data())) {
+        if (const int32_t rc = CubeValues(orbital, view, xyz.data(), slab, density.data())) {
             return rc;
         }
         text.clear();

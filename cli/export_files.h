@@ -20,9 +20,12 @@ struct CubeGrid {
     double Step() const { return stride * (radius / 127.0); }
 };
 
-/// Writes the cube file of catalogue orbital `orbital` in `view` (VT_PDF or VT_DRPDF): the
-/// normalised density at every grid point, x outermost, z innermost. Returns 0, the engine's
-/// error number, or -1 when the file could not be written.
+/// The quantity of a cube file beside the two views: psi, the signed wavefunction, a0^(-3/2).
+inline constexpr int32_t kCubePsi = -1;
+
+/// Writes the cube file of catalogue orbital `orbital` in `view` (VT_PDF or VT_DRPDF: the
+/// normalised density; kCubePsi: the signed wavefunction) at every grid point, x outermost, z
+/// innermost. Returns 0, the engine's error number, or -1 when the file could not be written.
 int32_t WriteCube(const std::string& path, int16_t orbital, int32_t view, const std::string& title,
                   const CubeGrid& grid);
 

@@ -52,7 +52,21 @@ int main(int argc, char** argv) {
         ->add_option("--stride", exportArgs.stride,
                      "cube: every stride-th grid point (1: 255 points per axis)")
         ->capture_default_str();
+    exportCmd
+        ->add_option("--quantity", exportArgs.quantity,
+                     "cube: density (of the view) or psi (the signed wavefunction of a single "
+                     "orbital, for two-coloured lobes)")
+        ->capture_default_str();
     vtcli::AddOrbitalOptions(*exportCmd, exportArgs.setup);
+
+    vtcli::InfoArgs infoArgs;
+    CLI::App* info = app.add_subcommand(
+        "info", "an orbital's quantum numbers, nodes, energy, radii and radial distribution");
+    info->add_option("ORBITAL", infoArgs.orbital, kOrbitalHelp)->required();
+    info->add_option("--rmax", infoArgs.rmax,
+                     "last radius of the P(r) table, Bohr (default: the radial view's radius)");
+    info->add_option("--points", infoArgs.points, "rows of the P(r) table, 2..10000")
+        ->capture_default_str();
 
     CLI::App* about = app.add_subcommand("about", "the about box");
 
@@ -94,6 +108,7 @@ int main(int argc, char** argv) {
     if (render->parsed()) return vtcli::RunRender(renderArgs);
     if (stats->parsed()) return vtcli::RunStats(statsArgs);
     if (exportCmd->parsed()) return vtcli::RunExport(exportArgs);
+    if (info->parsed()) return vtcli::RunInfo(infoArgs);
     if (about->parsed()) return vtcli::RunAbout();
     if (serve->parsed()) return vtcli::RunServe(serveArgs);
     return vtcli::kExitUsage;
