@@ -229,3 +229,15 @@ def test_cube_files_of_psi_from_python_and_the_command(tmp_path):
         psi = veltara.wavefunction("3Dxy", x, y, z)
         assert np.allclose(values, psi, rtol=1e-5, atol=1e-7)  # header: 6 decimals
         assert (values > 0).any() and (values < 0).any()
+
+
+def test_the_command_prints_the_facts():
+    command = os.environ.get("VELTARA_BIN", BUILD / "cli" / "veltara")
+    text = subprocess.run([command, "info", "4s", "--points", "3", "--rmax", "30"], check=True,
+                          capture_output=True, text=True).stdout
+    for line in ("nodes: 3 radial, 0 angular", "energy: -0.03125 hartree",
+                 "mean radius <r>: 24 Bohr"):
+        assert line in text
+    # 4s: P(r) = r² R_40² with sympy's R_40, at r = 30.
+    assert float(text.split()[-1]) == pytest.approx(
+        float((sympy.Integer(30) * R_nl(4, 0, 30, 1)) ** 2), rel=1e-6)
