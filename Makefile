@@ -1,6 +1,6 @@
-# Veltara: make run (the viewer) | make gallery | make test | make bench | make format
+# Veltara: make run (the viewer) | make gallery | make test | make test-python | make bench | make format
 JOBS ?= $(shell nproc)
-.PHONY: setup run gallery check test test-release test-debug bench format clean
+.PHONY: setup run gallery check test test-release test-debug test-python bench format clean
 
 setup:
 	@bash scripts/setup
@@ -32,13 +32,26 @@ test-debug: setup build/debug/build.ninja
 	cmake --build --preset debug -j $(JOBS)
 	ctest --preset debug -j $(JOBS)
 
+# The Python package, installed the documented way into a venv over Debian's Python (numpy,
+# pytest, scikit-image, sympy), then tested from outside the source tree against the C library
+# and the command of the release build.
+PYVENV := build/python-venv
+test-python: setup build/release/build.ninja
+	cmake --build --preset release -j $(JOBS) --target veltara_c veltara_cli
+	test -x $(PYVENV)/bin/python || /usr/bin/python3 -m venv --system-site-packages $(PYVENV)
+	VELTARA_BUILD_JOBS=$(JOBS) $(PYVENV)/bin/python -m pip install --quiet --no-index \
+		--no-build-isolation --no-deps --force-reinstall ./python
+	cd build && VELTARA_C_LIBRARY=$(CURDIR)/build/release/host/libveltara.so \
+		VELTARA_BIN=$(CURDIR)/build/release/cli/veltara \
+		python-venv/bin/python -m pytest -q -p no:cacheprovider ../python/tests
+
 # The tree's own rules: no include runs upwards, every C/C++ file in the house format.
 check: setup
 	python3 scripts/check_layers
 	clang-format --dry-run --Werror $$(git ls-files '*.h' '*.cpp' '*.c')
 
 # The suite runs twice: optimised, then under AddressSanitizer and UndefinedBehaviorSanitizer.
-test: check test-release test-debug
+test: check test-release test-debug test-python
 
 bench: setup build/bench/build.ninja
 	cmake --build --preset bench -j $(JOBS)

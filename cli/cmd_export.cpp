@@ -30,6 +30,11 @@ void AddExportOptions(CLI::App& command, ExportArgs& args) {
         ->type_name("FILE");
     command.add_option("--ply-format", args.plyFormat, "ascii or binary (little-endian)")
         ->capture_default_str();
+    command
+        .add_option("--quantity", args.quantity,
+                    "cube: density (of the view) or psi (the signed wavefunction of a single "
+                    "orbital, in bohr^-3/2, for two-coloured lobes)")
+        ->capture_default_str();
 }
 
 int RunExport(const ExportArgs& args) {
@@ -49,6 +54,9 @@ int RunExport(const ExportArgs& args) {
     if (args.plyFormat != "ascii" && args.plyFormat != "binary") {
         return UsageError("--ply-format", "'" + args.plyFormat + "' is not one of ascii|binary");
     }
+    if (args.quantity != "density" && args.quantity != "psi") {
+        return UsageError("--quantity", "'" + args.quantity + "' is neither density nor psi");
+    }
     if (const int rc = ApplyClock(args.setup)) return rc;
     Session session;
     if (const int rc = OpenSession(session)) return rc;
@@ -57,6 +65,10 @@ int RunExport(const ExportArgs& args) {
     const vt_OrbInfo& info = session.catalogue.entries[static_cast<size_t>(index)];
     vt_OrbitalSetup setup{};
     if (const int rc = MakeSetup(args.setup, info, index, setup)) return rc;
+    if (args.quantity == "psi" && !args.cube.empty() && info.OrbType == VT_AVERAGE_ORBS) {
+        return UsageError("--quantity", "psi needs a single orbital: " + CommandName(info) +
+                                            " is a mixture of orbitals and has no sign");
+    }
     const bool pdf = setup.OrbitalViewMode == VT_PDF;
     const std::string what = "Veltara " + CommandName(info) + (pdf ? " pdf" : " drpdf") +
                              ", radius " + std::to_string(setup.AtomRadius) + " Bohr";
@@ -65,18 +77,24 @@ int RunExport(const ExportArgs& args) {
         const CubeGrid grid = byPoints
                                   ? PointsGrid(setup.AtomRadius, static_cast<int32_t>(args.points))
                                   : StrideGrid(setup.AtomRadius, static_cast<int32_t>(args.stride));
+        const bool psi = args.quantity == "psi";
         const std::string title =
-            pdf ? "normalised probability density in bohr^-3 of " + what
-                : "radially weighted value of " + what + " (not a density, not normalised)";
+            psi   ? "signed wavefunction psi in bohr^-3/2 of " + what
+            : pdf ? "normalised probability density in bohr^-3 of " + what
+                  : "radially weighted value of " + what + " (not a density, not normalised)";
         char comment[160];
         std::snprintf(comment, sizeof comment,
                       "%d points per axis, step %.12f Bohr; x outer, y middle, z inner",
                       grid.points, grid.step);
         std::string problem;
-        const int32_t rc = WriteCube(args.cube, static_cast<int16_t>(index), setup.OrbitalViewMode,
-                                     title, comment, grid, problem);
+        const int32_t rc =
+            WriteCube(args.cube, static_cast<int16_t>(index),
+                      psi ? kCubePsi : setup.OrbitalViewMode, title, comment, grid, problem);
         if (rc < 0) return FileError("cannot write " + args.cube + ": " + problem);
-        if (rc > 0) return EngineError(rc, "computing the density of " + CommandName(info));
+        if (rc > 0) {
+            return EngineError(
+                rc, (psi ? "computing psi of " : "computing the density of ") + CommandName(info));
+        }
         // Standard output holds the cube itself when it is "-".
         std::fprintf(args.cube == "-" ? stderr : stdout, "wrote %s (%d points per axis)\n",
                      args.cube.c_str(), grid.points);

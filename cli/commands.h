@@ -35,6 +35,7 @@ struct ExportArgs {
     std::string plyFormat = "ascii";
     int64_t stride = 1;
     int64_t points = 0;
+    std::string quantity = "density";  ///< of the cube: "density" of the view, or "psi"
     CLI::Option* strideOption = nullptr;
     CLI::Option* pointsOption = nullptr;
     OrbitalOptions setup;
@@ -43,10 +44,17 @@ struct ExportArgs {
 /// The options of export beyond the orbital's: files, cube grid, PLY format.
 void AddExportOptions(CLI::App& command, ExportArgs& args);
 
+struct InfoArgs {
+    std::string orbital;
+    double rmax = 0;  ///< end of the P(r) table, Bohr; 0: the orbital's radial-view radius
+    int64_t points = 41;
+};
+
 int RunList(const ListArgs& args);
 int RunRender(const RenderArgs& args);
 int RunStats(const StatsArgs& args);
 int RunExport(const ExportArgs& args);
+int RunInfo(const InfoArgs& args);
 int RunAbout();
 
 /// The name of an optimisation factor (F8, F16xy, F16yz, F16xz, F32).

@@ -35,6 +35,12 @@ std::string HeaderNumber(double v) {
 /// The value a reader gets back from HeaderNumber.
 double AsWritten(double v) { return std::strtod(HeaderNumber(v).c_str(), nullptr); }
 
+/// The cube's values at count points: the density of a view, or psi.
+int32_t CubeValues(int16_t orbital, int32_t view, const double* xyz, size_t count, double* out) {
+    if (view == kCubePsi) return vt_wavefunction(orbital, xyz, count, out);
+    return vt_real_density(orbital, view, xyz, count, out);
+}
+
 }  // namespace
 
 CubeGrid StrideGrid(int32_t radius, int32_t stride) {
@@ -79,7 +85,7 @@ int32_t WriteCube(const std::string& path, int16_t orbital, int32_t view, const 
                     xyz[3 * k + 2] = grid.origin + iz * grid.step;
                 }
             }
-            engineError = vt_real_density(orbital, view, xyz.data(), slab, density.data());
+            engineError = CubeValues(orbital, view, xyz.data(), slab, density.data());
             if (engineError != 0) return false;
             text.clear();
             for (size_t run = 0; run < slab; run += static_cast<size_t>(n)) {

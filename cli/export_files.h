@@ -22,13 +22,17 @@ struct CubeGrid {
 /// per axis, symmetric about the nucleus.
 CubeGrid StrideGrid(int32_t radius, int32_t stride);
 
+/// The quantity of a cube file beside the two views: psi, the signed wavefunction, a0^(-3/2).
+inline constexpr int32_t kCubePsi = -1;
+
 /// `points` points per axis (2 or more) from -radius to radius.
 CubeGrid PointsGrid(int32_t radius, int32_t points);
 
 /// Writes the cube file ("-": standard output) of catalogue orbital `orbital` in `view` (VT_PDF
-/// or VT_DRPDF): the normalised density at every point, x outermost, z innermost, after the two
-/// comment lines `title` and `comment`. Returns 0, the engine's error number, or -1 when the file
-/// could not be written (`problem` says why; the path is left as it was).
+/// or VT_DRPDF: the normalised density; kCubePsi: the signed wavefunction) at every point, x
+/// outermost, z innermost, after the two comment lines `title` and `comment`. Returns 0, the
+/// engine's error number, or -1 when the file could not be written (`problem` says why; the path is
+/// left as it was).
 int32_t WriteCube(const std::string& path, int16_t orbital, int32_t view, const std::string& title,
                   const std::string& comment, const CubeGrid& grid, std::string& problem);
 

@@ -49,6 +49,15 @@ int main(int argc, char** argv) {
     vtcli::AddExportOptions(*exportCmd, exportArgs);
     vtcli::AddOrbitalOptions(*exportCmd, exportArgs.setup);
 
+    vtcli::InfoArgs infoArgs;
+    CLI::App* info = app.add_subcommand(
+        "info", "an orbital's quantum numbers, nodes, energy, radii and radial distribution");
+    info->add_option("ORBITAL", infoArgs.orbital, kOrbitalHelp)->required();
+    info->add_option("--rmax", infoArgs.rmax,
+                     "last radius of the P(r) table, Bohr (default: the radial view's radius)");
+    info->add_option("--points", infoArgs.points, "rows of the P(r) table, 2..10000")
+        ->capture_default_str();
+
     CLI::App* about = app.add_subcommand("about", "the about box");
 
     vtserve::ServeArgs serveArgs;
@@ -96,6 +105,7 @@ int main(int argc, char** argv) {
     if (render->parsed()) return vtcli::FinishStandardOutput(vtcli::RunRender(renderArgs));
     if (stats->parsed()) return vtcli::FinishStandardOutput(vtcli::RunStats(statsArgs));
     if (exportCmd->parsed()) return vtcli::FinishStandardOutput(vtcli::RunExport(exportArgs));
+    if (info->parsed()) return vtcli::FinishStandardOutput(vtcli::RunInfo(infoArgs));
     if (about->parsed()) return vtcli::FinishStandardOutput(vtcli::RunAbout());
     if (serve->parsed()) return vtserve::RunServe(serveArgs);
     return vtcli::kExitUsage;
