@@ -87,8 +87,7 @@ class OrbitalRenderer : public cOrbital {
     }
     cElectron* Electron() const { return mElectron.get(); }
 
-    /// The preview resolution factor, adapted after every volumetric preview (9 at first).
-    float VolFactor() const { return mVolFactor; }
+    float VolFactor() const override { return mVolFactor; }
 
   private:
     /// Sets the scale factor of this renderer's view on the electron.
