@@ -35,7 +35,8 @@ std::vector<RGBA> ReferenceDots(std::span<const PointArray> dots, const RenderRe
     const double k = 127 / std::sqrt(maxR2);
     const double cT = std::cos(q.Theta), sT = std::sin(q.Theta);
     const double cP = std::cos(q.Phi), sP = std::sin(q.Phi);
-    const double eye = std::nearbyint(std::abs(q.ProjectionPlane - q.CameraPos) / -q.StereoFactor);
+    const double eye =
+        std::nearbyint(std::abs(q.ProjectionPlane - q.CameraPos) / (-1.0 * q.StereoFactor));
     const double half = nano ? 2.0 : 1.0;
     int32_t at[3][2] = {};  // the last place of the centre camera and of each eye
     auto pixel = [&](const int32_t* place) -> RGBA* {

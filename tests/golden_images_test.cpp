@@ -145,6 +145,7 @@ std::vector<Series> AllSeries() {
         q.TransectDir = TransectDirection::AlongX;
         q.TransectNo = 12;
     };
+    const auto stereo35 = [](RenderRequest& q) { q.StereoFactor = 35; };
     const auto alongZ = [](RenderRequest& q) {
         q.TransectDir = TransectDirection::Alongz;
         q.TransectNo = 9;
@@ -203,8 +204,8 @@ std::vector<Series> AllSeries() {
              {"ortho_main_levels", With(Q(M::Orthographic, S::Main, 0.4, 0.7), levels)},
              {"transect_nano_levels", With(With(Q(M::Transect, S::Nano, 0, 0), levels), alongZ)},
              {"persp_nano", Q(M::Perspective, S::Nano, 0.4, 0.7)},
-             {"anaglyph_main_transector",
-              With(With(Q(M::Anaglyph, S::Main, 0.9, 0.2), transector), alongX)},
+             {"anaglyph_main_transector",  // eyes 12.86 apart: 13 for the dots, 12 for the outline
+              With(With(With(Q(M::Anaglyph, S::Main, 0.9, 0.2), transector), alongX), stereo35)},
              {"volume_nano_final", With(Q(M::Volumetric, S::Nano, 0.4, 0.7), finalPicture)},
              {"unknown_mode_main_transector",
               With(Q(static_cast<M>(7), S::Main, 0.4, 0.7), transector)},

@@ -41,7 +41,7 @@ inline RenderRequest Request(RenderMode mode, RenderSize size, double theta = 0.
     q.Phi = phi;
     q.CameraPos = -450;
     q.ProjectionPlane = 0;
-    q.StereoFactor = 30;
+    q.StereoFactor = 35;  // eyes 450 / 35 = 12.86 from the centre: 13 rounded, 12 truncated
     q.TransectDir = TransectDirection::Alongy;
     q.VolQuality = 10;
     return q;
