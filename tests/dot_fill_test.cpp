@@ -24,13 +24,9 @@ int32_t Next(int32_t& s) {
 void ReferenceFill(std::span<const uint8_t> grid, const OrbitalStats& stats, int16_t target,
                    uint8_t thr, int32_t& state, std::vector<PointArray>& cloud, bool& full) {
     full = false;
-    if (target == 0) {
-        cloud.assign(1, PointArray{});
-        return;
-    }
     double sum = 0;
     for (int v = thr; v <= 255; ++v) sum += 1.0 * stats.ProbFreqs[v] * v;
-    if (sum == 0) {
+    if (target == 0 || sum == 0) {  // no dot wanted, or no level to draw from
         cloud.assign(1, PointArray{});
         return;
     }

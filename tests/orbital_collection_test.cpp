@@ -115,8 +115,10 @@ TEST(cOrbitalCol, IndexErrors) {
         }
         // Threshold and target reach the renderer by meaning, whatever the argument order.
         EXPECT_EQ(col.ReFillDotMatrix(c.index, 40, target), 0);
-        EXPECT_EQ(col.Orbital(static_cast<int16_t>(c.slotOrError)).SetupRecord().DotTarget, target);
-        EXPECT_EQ(col.Orbital(static_cast<int16_t>(c.slotOrError)).SetupRecord().DotThreshold, 40);
+        const OrbitalSetup& reached =
+            col.Orbital(static_cast<int16_t>(c.slotOrError)).SetupRecord();
+        EXPECT_EQ(std::pair(reached.DotTarget, reached.DotThreshold),
+                  std::pair(target, uint8_t{40}));
     }
     col.Delete(1);
     EXPECT_VT_ERROR(col.ReFillDotMatrix(std::string("one"), 30, 700), 13);

@@ -1,5 +1,6 @@
 // The renderer's setup, statistics and re-fills through the collection, real orbitals only:
 // one table of edge cases and error numbers.
+#include <array>
 #include <cmath>
 
 #include "picture_test_support.h"
@@ -24,11 +25,8 @@ TEST(OrbitalRenderer, EdgeCases) {
          100000, 0,
          [](cOrbitalCol& col, const RenderRequest&) {
              const OrbitalStats s = col.GetStats(0);
-             EXPECT_EQ(s.TotalSamples, 2097152);
-             EXPECT_EQ(s.CalcTime, 1);
-             EXPECT_EQ(s.CalcRate, 2097152);
-             EXPECT_EQ(s.DotTime, 0);
-             EXPECT_EQ(s.DotTarget, 3000);
+             EXPECT_EQ((std::array{s.TotalSamples, s.CalcTime, s.CalcRate, s.DotTime, s.DotTarget}),
+                       (std::array{2097152, 1, 2097152, 0, 3000}));
              EXPECT_EQ(s.DotTotal, static_cast<int32_t>(col.Orbital(0).Dots().size()));
          }},
         {"the same clock gives the same cloud", Defaults(9, ViewMode::PDF, 3000), 100000, 0,
