@@ -8,7 +8,6 @@
 #include "electron/modOrbitals.h"
 #include "render/orbital_renderer.h"
 #include "support/clock.h"
-#include "tests/renderer_test_access.h"
 
 namespace {
 
@@ -88,7 +87,7 @@ void BM_PreviewAdaptation(benchmark::State& state) {
         q.Theta += 1e-2;
         r->GetRender(q);
     }
-    const float factor = RendererTestAccess::VolFactor(*r);
+    const float factor = r->VolFactor();
     int res = static_cast<int>(10.0f * factor);
     const int cap = state.range(0) == 375 ? 255 : 127;
     if (res > cap) res = cap;

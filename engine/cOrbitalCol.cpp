@@ -97,19 +97,19 @@ int32_t cOrbitalCol::ReFillDotMatrix(const OrbitalIndexValue& index, const uint8
 OrbitalStats cOrbitalCol::GetStats(const int16_t& index) { return Occupant(index).GetStats(); }
 
 int16_t cOrbitalCol::Add(const OrbitalSetup& Info) {
-    // 1. Grow by one slot when every slot is taken.
+    // Grow by one slot when every slot is taken.
     if (mNextOrbIndex > UBound()) mOrbitals.resize(static_cast<size_t>(mNextOrbIndex) + 1);
 
-    // 2. The renderer of the view; any other view leaves the slot empty.
+    // The renderer of the view; any other view leaves the slot empty.
     std::unique_ptr<cOrbital>& slot = mOrbitals[static_cast<size_t>(mNextOrbIndex)];
     slot = CreateOrbitalRenderer(Info.OrbitalViewMode);
 
-    // 3. The whole calculation. An error leaves the renderer in its slot and the next index
+    // The whole calculation. An error leaves the renderer in its slot and the next index
     // as it was: the slot stays taken until the host deletes it.
     if (!slot) Raise(kErrObjectNotSet);
     slot->Setup(Info);
 
-    // 4-6.
+    // The slot that the next Add fills.
     const int16_t result = mNextOrbIndex;
     FindNextOrbIndex();
     return result;

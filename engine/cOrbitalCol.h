@@ -12,8 +12,6 @@
 
 namespace veltara {
 
-struct OrbitalColTestAccess;  // white-box access for the test suite
-
 /// The untyped index of ReFillDotMatrix: a 16-bit or 32-bit integer, a double or a numeric
 /// string, converted to a 32-bit integer with round-half-to-even before use.
 using OrbitalIndexValue = std::variant<int16_t, int32_t, double, std::string>;
@@ -69,8 +67,6 @@ class cOrbitalCol {
     const cOrbital& Orbital(int16_t index) const;
 
   private:
-    friend struct OrbitalColTestAccess;
-
     void FindNextOrbIndex();
     /// Raises 9 outside the bounds.
     void CheckBounds(int32_t index) const;

@@ -32,6 +32,9 @@ class cOrbital {
     virtual std::span<const PointArray> Dots() const = 0;
     /// The 128^3 probability grid, X fastest (empty when it was never sampled).
     virtual std::span<const uint8_t> ProbMatrix() const = 0;
+    /// The volumetric preview's resolution factor: 9 at first, then adapted after every
+    /// preview so that one takes about 50 ms (a preview is Int(quality x factor) pixels wide).
+    virtual float VolFactor() const = 0;
 };
 
 /// The renderer of a view: cOrbitalPDF or cOrbitalDRPDF; nullptr for any other view.

@@ -41,7 +41,7 @@ struct ViewTurn {
 /// The four corners of the transector square of a request, in grid units around the centre.
 /// A direction outside the three axes leaves every corner at the origin.
 void TransectorCorners(const RenderRequest& req, COORDdouble corners[4]) {
-    const bool main = static_cast<int32_t>(req.Size) == 375;
+    const bool main = IsMainSize(req.Size);
     const double h = main ? 127.0 : 63.0;
     // The small picture shows the grid at half scale, so its slice index halves (towards zero).
     const double t = main ? req.TransectNo : req.TransectNo / 2;
@@ -121,7 +121,7 @@ void OrbitalRenderer::DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, V
     if (RestoreMode != kTrue && RestoreMode != kFalse) return;
 
     auto touch = [&](int32_t col, int32_t row, int64_t) {
-        RGBA& px = mVolBits.At(col, row);
+        RGBA& px = mMemory.mVolBits.At(col, row);
         if (RestoreMode == kTrue) {
             px.B = px.A;  // the grey value saved under the outline comes back
             px.G = px.A;
@@ -143,7 +143,7 @@ void OrbitalRenderer::DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, V
             dX = Neg32(dX);
             step = -1;
         }
-        WalkLine(true, Y1, Y2, X1, step, dY, dX, mMaxPixel, touch);
+        WalkLine(true, Y1, Y2, X1, step, dY, dX, mMemory.mMaxPixel, touch);
     } else {
         if (dX < 0) {
             std::swap(X1, X2);
@@ -155,7 +155,7 @@ void OrbitalRenderer::DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, V
             dY = Neg32(dY);
             step = -1;
         }
-        WalkLine(false, X1, X2, Y1, step, dX, dY, mMaxPixel, touch);
+        WalkLine(false, X1, X2, Y1, step, dX, dY, mMemory.mMaxPixel, touch);
     }
 }
 
@@ -188,7 +188,7 @@ void OrbitalRenderer::DrawDepthLine(int32_t X1, int32_t Z1, int32_t X2, int32_t 
     auto touch = [&](int32_t col, int32_t row, int64_t n) {
         // Linear shade from Depth1 to Depth2 along the major axis; exactly Depth2 at the end.
         const int64_t s = Depth1 + int64_t{dDepth} * n / dMajor;
-        RGBA& px = mVolBits.At(col, row);
+        RGBA& px = mMemory.mVolBits.At(col, row);
         if (Colour == kWhite) {
             // The single-image outline brightens what lies under it, saturating at white;
             // a negative sum has no byte and overflows.
@@ -209,18 +209,18 @@ void OrbitalRenderer::DrawDepthLine(int32_t X1, int32_t Z1, int32_t X2, int32_t 
         }
     };
     if (steep) {
-        WalkLine(true, Z1, Z2, X1, step, dZ, dX, mMaxPixel, touch);
+        WalkLine(true, Z1, Z2, X1, step, dZ, dX, mMemory.mMaxPixel, touch);
     } else {
-        WalkLine(false, X1, X2, Z1, step, dX, dZ, mMaxPixel, touch);
+        WalkLine(false, X1, X2, Z1, step, dX, dZ, mMemory.mMaxPixel, touch);
     }
 }
 
 void OrbitalRenderer::DrawTransector() {
     const ViewTurn turn(mReq.Theta, mReq.Phi);
-    const bool main = static_cast<int32_t>(mReq.Size) == 375;
+    const bool main = IsMainSize(mReq.Size);
     // 1/sqrt(3) and 2/sqrt(3): a cube corner maps to a shade offset of about 127.
     const double depthScale = main ? 0.577350269189625 : 1.15470053837925;
-    const int32_t centre = mMaxPixel / 2;
+    const int32_t centre = mMemory.mMaxPixel / 2;
 
     COORDdouble corners[4];
     TransectorCorners(mReq, corners);
@@ -295,13 +295,11 @@ void OrbitalRenderer::DrawTransector() {
 }
 
 void OrbitalRenderer::EraseTransector() {
-    // The outline on the cached picture belongs to the request that the cache was chosen by:
-    // keyed on the mode of the last Main request, whatever the size. Intended; it matches the
-    // choice in GetRender, which decides when this runs.
-    const RenderRequest earlier =
-        mLastMainReq.Mode == RenderMode::Transect ? mLastNanoReq : mLastMainReq;
+    // The outline on the cached picture belongs to the request that the cache was chosen by,
+    // the same choice as GetRender's, which decides when this runs.
+    const RenderRequest earlier = mMemory.CachedReq();
     const ViewTurn turn(earlier.Theta, earlier.Phi);
-    const int32_t centre = mMaxPixel / 2;
+    const int32_t centre = mMemory.mMaxPixel / 2;
 
     COORDdouble corners[4];
     TransectorCorners(earlier, corners);
@@ -317,17 +315,6 @@ void OrbitalRenderer::EraseTransector() {
         const int p = (c + 3) % 4;
         DrawLine(col[c], row[c], col[p], row[p], kTrue);
     }
-}
-
-cMemoryDCEx& OrbitalRenderer::SurfaceFor(RenderSize size) {
-    const bool main = static_cast<int32_t>(size) == 375;
-    std::unique_ptr<cMemoryDCEx>& surface = main ? mMainSurface : mNanoSurface;
-    if (!surface) surface = std::make_unique<cMemoryDCEx>();
-    if (!surface->Created()) {
-        const int32_t edge = main ? 375 : 127;
-        surface->Create(edge, edge);
-    }
-    return *surface;
 }
 
 }  // namespace veltara

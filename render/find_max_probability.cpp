@@ -48,14 +48,14 @@ double OrbitalRenderer::FindMaxProbability() {
     std::array<double, kMaxDivisions + 1> values{};
 
     for (;;) {
-        // Step 2: the first round cannot stop the search, PrevBest stays -1 there.
+        // The first round cannot stop the search, PrevBest stays -1 there.
         if (!firstRound) PrevBest = Best;
         firstRound = false;
         N = (N % 3 != 0) ? N - 1 : N + 2;
         const double dN = static_cast<double>(N);
         const double step[3] = {(hi[0] - lo[0]) / dN, (hi[1] - lo[1]) / dN, (hi[2] - lo[2]) / dN};
 
-        // Step 3: Z outermost, then Y, X innermost; strict > keeps the first of equal values.
+        // The lattice: Z outermost, then Y, X innermost; strict > keeps the first of equal values.
         for (int32_t i = 0; i <= N; ++i) xs[i] = lo[0] + static_cast<double>(i) * step[0];
         for (int32_t k = 0; k <= N; ++k) {
             const double z = lo[2] + static_cast<double>(k) * step[2];
@@ -74,7 +74,7 @@ double OrbitalRenderer::FindMaxProbability() {
             }
         }
 
-        // Step 4: one step either side of the best point, pushed back inside the cube.
+        // The next box: one step either side of the best point, pushed back inside the cube.
         for (int a = 0; a < 3; ++a) {
             lo[a] = BestPoint[a] - step[a];
             hi[a] = BestPoint[a] + step[a];
@@ -90,7 +90,7 @@ double OrbitalRenderer::FindMaxProbability() {
             }
         }
 
-        // Step 5.
+        // Stop when a round finds nothing better.
         if (Best == PrevBest) return Best;
     }
 }

@@ -1,5 +1,7 @@
 // GetRender: counts the frame, dispatches on the mode (reusing the last volumetric picture when
 // only the transector changed) and remembers the request by its size.
+#include <cstring>
+
 #include "render/orbital_renderer.h"
 
 namespace veltara {
@@ -11,28 +13,19 @@ RenderDCinfo OrbitalRenderer::GetRender(const RenderRequest& RenderInfo) {
 
     switch (mReq.Mode) {
         case RenderMode::Volumetric: {
-            // The cached picture belongs to the last Main request, unless that one was a
-            // transect, in which case the last Nano request is asked, whatever size is wanted
-            // now. Intended: a host shows a Nano volume beside a Main transect, and this is
-            // the test that picks it; EraseTransector makes the same choice.
-            const RenderRequest& cached =
-                mLastMainReq.Mode == RenderMode::Transect ? mLastNanoReq : mLastMainReq;
+            // The cached picture serves a finished picture's view again; only the transector
+            // may differ. CachedReq is keyed on the last Main request's mode, whatever size is
+            // wanted now (kept: a host shows a Nano volume beside a Main transect).
+            const RenderRequest& cached = mMemory.CachedReq();
             const bool served = cached.Mode == RenderMode::Volumetric &&
                                 cached.Theta == mReq.Theta && cached.Phi == mReq.Phi &&
                                 cached.VolFinal != kFalse && cached.Size == mReq.Size;
             if (served) {
-                // mVolBits is one buffer for every mode and size, so what is pushed back is
-                // whatever the last picture left there (after a Nano dot frame, that frame).
-                // Intended: the cache keeps no copy of its own.
+                // Whatever the last picture left in mVolBits is handed back (kept: the cache
+                // keeps no copy of its own).
                 if (cached.Transector != kFalse) EraseTransector();
                 if (mReq.Transector != kFalse) DrawTransector();
-                cMemoryDCEx& surface = SurfaceFor(mReq.Size);
-                surface.SetAllBits(mVolBits);
-                if (static_cast<int32_t>(mReq.Size) == 375) {
-                    mDCInfo.MainHDC = surface.hdc();
-                } else {
-                    mDCInfo.NanoHDC = surface.hdc();
-                }
+                PublishFrame();
             } else {
                 RenderVolume();
             }
@@ -42,18 +35,54 @@ RenderDCinfo OrbitalRenderer::GetRender(const RenderRequest& RenderInfo) {
             RenderTransect();
             break;
         default:
-            // The three projections, and any mode value outside the enumeration.
+            // The three projections, and any mode value outside the enumeration (which draws
+            // no dot).
             RenderDots();
             break;
     }
 
     const RenderDCinfo result = mDCInfo;
-    if (static_cast<int32_t>(RenderInfo.Size) == 375) {
-        mLastMainReq = RenderInfo;
-    } else {
-        mLastNanoReq = RenderInfo;
-    }
+    mMemory.Remember(RenderInfo);
     return result;
+}
+
+void PictureMemory::ClearFrame(RenderSize size) {
+    const int16_t maxPixel = IsMainSize(size) ? 374 : 126;
+    if (mMaxPixel == maxPixel && !mVolBits.Empty()) {
+        std::memset(static_cast<void*>(mVolBits.Data()), 0, mVolBits.Size() * sizeof(RGBA));
+    } else {
+        mVolBits.Resize(maxPixel + 1, maxPixel + 1);
+        mMaxPixel = maxPixel;
+    }
+}
+
+cMemoryDCEx& OrbitalRenderer::SurfaceFor(RenderSize size) {
+    std::unique_ptr<cMemoryDCEx>& surface = IsMainSize(size) ? mMainSurface : mNanoSurface;
+    if (!surface) surface = std::make_unique<cMemoryDCEx>();
+    if (!surface->Created()) {
+        const int32_t edge = IsMainSize(size) ? 375 : 127;
+        surface->Create(edge, edge);
+    }
+    return *surface;
+}
+
+cMemoryDCEx& OrbitalRenderer::RecreatedSurface(RenderSize size) {
+    std::unique_ptr<cMemoryDCEx>& slot = IsMainSize(size) ? mMainSurface : mNanoSurface;
+    if (!slot) slot = std::make_unique<cMemoryDCEx>();
+    slot->Delete();
+    const int32_t edge = IsMainSize(size) ? 375 : 127;
+    slot->Create(edge, edge);
+    return *slot;
+}
+
+void OrbitalRenderer::PublishFrame() {
+    cMemoryDCEx& surface = SurfaceFor(mReq.Size);
+    surface.SetAllBits(mMemory.mVolBits);
+    PublishSurface(surface);
+}
+
+void OrbitalRenderer::PublishSurface(const cMemoryDCEx& surface) {
+    (IsMainSize(mReq.Size) ? mDCInfo.MainHDC : mDCInfo.NanoHDC) = surface.hdc();
 }
 
 }  // namespace veltara

@@ -41,32 +41,32 @@ void OrbitalRenderer::SetScaleFactor(double factor) {
 }
 
 void OrbitalRenderer::Setup(const OrbitalSetup& DrawCmds) {
-    // 1-2. The setup record and the electron of its orbital.
+    // The setup record and the electron of its orbital.
     mSetup = DrawCmds;
     mElectron = modOrbitals::CreateElectron(mSetup.OrbitalIndex);
 
-    // 3-4. Scale so that the largest density of the cube maps to byte 255; a maximum of 0
+    // Scale so that the largest density of the cube maps to byte 255; a maximum of 0
     // fails on the division.
     const double Max = FindMaxProbability();
     SetScaleFactor(Divide(255.0, Max));
 
-    // 5. Reseed the shared generator from the clock: the seed lies in 0..65536, and readings
+    // Reseed the shared generator from the clock: the seed lies in 0..65536, and readings
     // below 32768 ms give 0, a stuck generator.
     const int32_t T = TimeGetTime();
     const double seed = Int(std::fabs(static_cast<double>(T) / 2147483647.0 * 65536.0));
     modRand::Randomize(ToInt32(seed));
 
-    // 6. The probability grid, timed.
+    // The probability grid, timed.
     int32_t start = TimeGetTime();
     CalcProbabilities();
     int32_t CalcTime = ElapsedMs(TimeGetTime(), start);
 
-    // 7. The first dot cloud, timed.
+    // The first dot cloud, timed.
     start = TimeGetTime();
     FillDotMatrix();
     const int32_t DotTime = ElapsedMs(TimeGetTime(), start);
 
-    // 8.
+    // The statistics of both.
     UpdateStats(CalcTime, DotTime);
 }
 

@@ -4,6 +4,14 @@
 // Its operations live in one file each: setup and statistics (orbital_renderer.cpp), the
 // maximum search, the probability grid, the dot fill, GetRender and the three picture kinds,
 // and the drawing helpers.
+//
+// A request's way to the pixels: GetRender (get_render.cpp) counts the frame and dispatches on
+// the mode: RenderDots (render_dots.cpp) draws the dot cloud into mVolBits, RenderVolume
+// (render_volume.cpp) rays through the electron onto a fresh surface, RenderTransect
+// (render_transect.cpp) copies a slice of mProbMatrix onto a fresh surface, and a volumetric
+// request that matches the cached picture gets mVolBits back. Each ends in PublishSurface,
+// which stores the surface's handle in mDCInfo; GetRender then remembers the request.
+// Behaviours kept on purpose are listed in docs/kept-behaviours.md.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +27,42 @@
 
 namespace veltara {
 
-struct RendererTestAccess;  // white-box access for the test suite
+/// The two picture sizes: 375 is Main; 128 draws a Nano picture. Where a size must be chosen
+/// whatever the request says (a surface, the remembered request, the outline's scale), every
+/// value other than 375 counts as Nano.
+inline bool IsMainSize(RenderSize size) { return static_cast<int32_t>(size) == 375; }
+/// Whether pictures of this size are drawn at all (375 or 128); other sizes draw nothing.
+inline bool IsPictureSize(RenderSize size) {
+    return IsMainSize(size) || static_cast<int32_t>(size) == 128;
+}
+
+/// What one picture leaves for the next. Three behaviours rely on it: the volumetric cache of
+/// GetRender hands mVolBits back when the cached request (CachedReq) asked for the same view of
+/// a finished picture; a transect takes its colour scheme from the last request of the other
+/// size; EraseTransector removes the outline that the cached request drew. mVolBits is one
+/// buffer for every mode and size, so the cache hands back whatever the last picture left.
+struct PictureMemory {
+    RenderRequest mLastNanoReq{};
+    RenderRequest mLastMainReq{};
+    RgbaArray2D mVolBits;   ///< pixels of the last dot picture or kept volume, (column, row)
+    int16_t mMaxPixel = 0;  ///< 374 while mVolBits is sized for Main, 126 for Nano
+
+    /// The request the cached picture belongs to: the last Main request, or the last Nano one
+    /// when the last Main request was a transect, whatever size is asked for now.
+    const RenderRequest& CachedReq() const {
+        return mLastMainReq.Mode == RenderMode::Transect ? mLastNanoReq : mLastMainReq;
+    }
+    /// The last request of the other size (the picture a host shows beside this one).
+    const RenderRequest& OtherSizeReq(RenderSize size) const {
+        return IsMainSize(size) ? mLastNanoReq : mLastMainReq;
+    }
+    /// Remembers a served request as the last one of its size.
+    void Remember(const RenderRequest& req) {
+        (IsMainSize(req.Size) ? mLastMainReq : mLastNanoReq) = req;
+    }
+    /// mVolBits all zero with the bounds of a picture size (128 or 375); sets mMaxPixel.
+    void ClearFrame(RenderSize size);
+};
 
 class OrbitalRenderer : public cOrbital {
   public:
@@ -44,9 +87,9 @@ class OrbitalRenderer : public cOrbital {
     }
     cElectron* Electron() const { return mElectron.get(); }
 
-  private:
-    friend struct RendererTestAccess;
+    float VolFactor() const override { return mVolFactor; }
 
+  private:
     /// Sets the scale factor of this renderer's view on the electron.
     void SetScaleFactor(double factor);
     /// The electron, or error 91 when the catalogue gave none (an index outside 0..39).
@@ -71,6 +114,12 @@ class OrbitalRenderer : public cOrbital {
 
     /// The surface for a request size (375: main, anything else: nano), created on first use.
     cMemoryDCEx& SurfaceFor(RenderSize size);
+    /// The surface for a picture size deleted and made anew at its full size (375 or 127).
+    cMemoryDCEx& RecreatedSurface(RenderSize size);
+    /// Hands mVolBits to the surface of the request's size and publishes its handle.
+    void PublishFrame();
+    /// Stores the surface's handle as the request size's handle in mDCInfo.
+    void PublishSurface(const cMemoryDCEx& surface);
 
     const ViewMode mView;
 
@@ -84,11 +133,8 @@ class OrbitalRenderer : public cOrbital {
     double mDotDepthScale = 0;      ///< 127 / distance of the farthest dot, grid units
     std::unique_ptr<cMemoryDCEx> mMainSurface;
     std::unique_ptr<cMemoryDCEx> mNanoSurface;
-    RgbaArray2D mVolBits;   ///< pixels of the last picture, (column, row)
-    int16_t mMaxPixel = 0;  ///< 374 while mVolBits is sized for Main, 126 for Nano
-    RenderRequest mLastNanoReq{};
-    RenderRequest mLastMainReq{};
-    RenderRequest mReq{};
+    PictureMemory mMemory;  ///< the remembered requests and the last picture
+    RenderRequest mReq{};   ///< the request being served
     RenderDCinfo mDCInfo{};
     std::unique_ptr<cElectron> mElectron;
 

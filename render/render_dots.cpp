@@ -2,7 +2,6 @@
 // perspective or as a red-green anaglyph into mVolBits, then handed to the frame's surface.
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 
 #include "render/orbital_renderer.h"
 #include "support/convert.h"
@@ -10,16 +9,6 @@
 namespace veltara {
 
 namespace {
-
-/// Frame constants of the two dot-picture sizes.
-struct DotFrame {
-    int16_t maxPixel;   // last index of mVolBits in both directions
-    int32_t centre;     // screen centre
-    int32_t maxOffset;  // largest accepted offset from the centre
-};
-
-constexpr DotFrame kMainFrame{374, 187, 187};
-constexpr DotFrame kNanoFrame{126, 63, 63};
 
 /// modMaths::ProjectOntoPlane for cameras on the line Z = 0, Y = camY, with the work shared by
 /// every dot of a frame (and by both eyes of an anaglyph) hoisted out: the same arithmetic
@@ -46,7 +35,7 @@ struct PlaneProjection {
 }  // namespace
 
 void OrbitalRenderer::RenderDots() {
-    // Step 1: the view transform, once per frame. A non-finite angle has no cosine.
+    // The view transform, once per frame. A non-finite angle has no cosine.
     const double cT = CheckFinite(std::cos(mReq.Theta));
     const double sT = CheckFinite(std::sin(mReq.Theta));
     const double cP = CheckFinite(std::cos(mReq.Phi));
@@ -56,31 +45,28 @@ void OrbitalRenderer::RenderDots() {
     const double sTcP = sT * cP;
     const double cTsP = cT * sP;
 
-    // Step 2: only the two picture sizes are drawn; any other size leaves every pixel and
-    // handle as it was.
-    const int32_t size = static_cast<int32_t>(mReq.Size);
-    if (size != 375 && size != 128) return;
-    const bool nano = size == 128;
-    const DotFrame& frame = nano ? kNanoFrame : kMainFrame;
+    // Only the two picture sizes are drawn; any other size leaves every pixel and handle as
+    // it was.
+    if (!IsPictureSize(mReq.Size)) return;
+    const bool nano = !IsMainSize(mReq.Size);
 
-    // Step 3: a clean pixel array of the frame's size.
-    if (mMaxPixel == frame.maxPixel && !mVolBits.Empty()) {
-        std::memset(static_cast<void*>(mVolBits.Data()), 0, mVolBits.Size() * sizeof(RGBA));
-    } else {
-        mVolBits.Resize(frame.maxPixel + 1, frame.maxPixel + 1);
-        mMaxPixel = frame.maxPixel;
-    }
+    // A clean pixel array of the frame's size: centre 187 and offsets up to 187 on Main, 63
+    // and 63 on Nano.
+    mMemory.ClearFrame(mReq.Size);
+    RgbaArray2D& frame = mMemory.mVolBits;
+    const int32_t centre = mMemory.mMaxPixel / 2;
+    const int32_t maxOffset = centre;
 
     const RenderMode mode = mReq.Mode;
     const bool anaglyph = mode == RenderMode::Anaglyph;
-    // Any mode value that is neither perspective nor anaglyph draws orthographically.
     const bool perspective = mode == RenderMode::Perspective;
+    // A mode value outside the enumeration places and writes no dot: the frame stays black
+    // but for the transector.
+    const bool drawsDots = anaglyph || perspective || mode == RenderMode::Orthographic;
     const bool levels = mReq.ShowProbLevelOnDots != kFalse;
     const double depthScale = mDotDepthScale;
-    const int32_t centre = frame.centre;
-    const int32_t maxOffset = frame.maxOffset;
-    RGBA* const pixels = mVolBits.Data();
-    const int32_t stride = mVolBits.Cols();
+    RGBA* const pixels = frame.Data();
+    const int32_t stride = frame.Cols();
 
     // Eye offset of the anaglyph: |plane - camera| / -StereoFactor, rounded half to even.
     // Eye one's camera sits at +e, eye two's at -e.
@@ -108,9 +94,9 @@ void OrbitalRenderer::RenderDots() {
         return pixels[static_cast<size_t>(centre + row) * stride + (centre + col)];
     };
 
-    // Step 4 onwards: every dot from 0 to mLastDot.
+    // Every dot from 0 to mLastDot: turned, placed by the mode, shaded by depth, written.
     const int64_t available = static_cast<int64_t>(mDots.size());
-    const int64_t last = mLastDot < available ? mLastDot : available - 1;
+    const int64_t last = !drawsDots ? -1 : mLastDot < available ? mLastDot : available - 1;
     const PointArray* const dots = mDots.data();
     for (int64_t i = 0; i <= last; ++i) {
         const PointArray& dot = dots[i];
@@ -185,16 +171,9 @@ void OrbitalRenderer::RenderDots() {
     // A cloud shorter than its recorded upper bound fails as an index out of range would.
     if (mLastDot >= available) Raise(kErrSubscript);
 
-    // The transector on top of the dots.
+    // The transector on top of the dots, then the frame to the surface.
     if (mReq.Transector != kFalse) DrawTransector();
-
-    cMemoryDCEx& surface = SurfaceFor(mReq.Size);
-    surface.SetAllBits(mVolBits);
-    if (nano) {
-        mDCInfo.NanoHDC = surface.hdc();
-    } else {
-        mDCInfo.MainHDC = surface.hdc();
-    }
+    PublishFrame();
 }
 
 }  // namespace veltara

@@ -12,9 +12,8 @@ void OrbitalRenderer::RenderTransect() {
     // The grid holds one octant, so the slice index is taken by absolute value.
     const int16_t T = Abs16(mReq.TransectNo);
 
-    const int32_t size = static_cast<int32_t>(mReq.Size);
-    if (size != 128 && size != 375) return;
-    const bool nano = size == 128;
+    if (!IsPictureSize(mReq.Size)) return;
+    const bool nano = !IsMainSize(mReq.Size);
     // Nano is 127 pixels, built symmetrically about a centre pixel at two grid points per pixel;
     // Main shows one grid point per pixel in the middle 255 pixels of 375.
     const int32_t edge = nano ? 127 : 375;
@@ -23,17 +22,13 @@ void OrbitalRenderer::RenderTransect() {
     const int32_t Step = nano ? 2 : 1;
 
     // A fresh surface per transect, so that it always has the transect's own size.
-    std::unique_ptr<cMemoryDCEx>& slot = nano ? mNanoSurface : mMainSurface;
-    if (!slot) slot = std::make_unique<cMemoryDCEx>();
-    cMemoryDCEx& surface = *slot;
-    surface.Delete();
-    surface.Create(edge, edge);
+    cMemoryDCEx& surface = RecreatedSurface(mReq.Size);
 
     std::vector<RGBA> row(static_cast<size_t>(edge));
 
     // Coloured like the dot picture shown beside it: only when that companion (the last
-    // request of the other size) is a plain projection. Intended cross-dependence.
-    const RenderRequest& companion = nano ? mLastMainReq : mLastNanoReq;
+    // request of the other size) is a plain projection (kept cross-dependence).
+    const RenderRequest& companion = mMemory.OtherSizeReq(mReq.Size);
     const bool levels =
         mReq.ShowProbLevelOnDots == kTrue && mReq.ShowProbLevelOnTrans == kTrue &&
         (companion.Mode == RenderMode::Orthographic || companion.Mode == RenderMode::Perspective);
@@ -88,11 +83,7 @@ void OrbitalRenderer::RenderTransect() {
         }
     }
 
-    if (nano) {
-        mDCInfo.NanoHDC = surface.hdc();
-    } else {
-        mDCInfo.MainHDC = surface.hdc();
-    }
+    PublishSurface(surface);
 }
 
 }  // namespace veltara

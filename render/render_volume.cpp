@@ -2,7 +2,6 @@
 // along a ray through the cube, normalised against a running maximum per quality level.
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 #include "render/orbital_renderer.h"
@@ -47,8 +46,7 @@ void OrbitalRenderer::RenderVolume() {
     float Stored = mVolMax[Quality - 5];
 
     // Resolution: fixed for a finished picture, adapted to the frame time for a preview.
-    const int32_t size = static_cast<int32_t>(mReq.Size);
-    const bool main = size == 375;
+    const bool main = IsMainSize(mReq.Size);
     int32_t Res;
     if (mReq.VolFinal == kTrue) {
         Res = main ? 255 : 127;
@@ -159,41 +157,25 @@ void OrbitalRenderer::RenderVolume() {
     }
 
     // Onto the surface of the requested size, recreated for the picture.
-    if (size == 128 || main) {
-        std::unique_ptr<cMemoryDCEx>& slot = main ? mMainSurface : mNanoSurface;
-        if (!slot) slot = std::make_unique<cMemoryDCEx>();
-        cMemoryDCEx& surface = *slot;
-        surface.Delete();
+    if (IsPictureSize(mReq.Size)) {
+        cMemoryDCEx& surface = RecreatedSurface(mReq.Size);
         if (main) {
-            surface.Create(375, 375);
             // A 255-pixel square in the middle; the 60-pixel border stays black.
             StretchBlt(surface, 60, 60, 255, 255, Work, 0, 0, Res, Res);
         } else {
-            surface.Create(127, 127);
             StretchBlt(surface, 0, 0, 127, 127, Work, 0, 0, Res, Res);
         }
 
         // Keep the picture in mVolBits for the cache, and to draw the transector on.
         if (mReq.Transector == kTrue || mReq.VolFinal == kTrue) {
-            const int16_t maxPixel = main ? 374 : 126;
-            if (mMaxPixel == maxPixel && !mVolBits.Empty()) {
-                std::memset(static_cast<void*>(mVolBits.Data()), 0, mVolBits.Size() * sizeof(RGBA));
-            } else {
-                mMaxPixel = maxPixel;
-                mVolBits.Resize(maxPixel + 1, maxPixel + 1);
-            }
-            surface.GetAllBits(mVolBits);
+            mMemory.ClearFrame(mReq.Size);
+            surface.GetAllBits(mMemory.mVolBits);
             if (mReq.Transector != kFalse) {
                 DrawTransector();
-                surface.SetAllBits(mVolBits);
+                surface.SetAllBits(mMemory.mVolBits);
             }
         }
-
-        if (main) {
-            mDCInfo.MainHDC = surface.hdc();
-        } else {
-            mDCInfo.NanoHDC = surface.hdc();
-        }
+        PublishSurface(surface);
     }
 
     // Adapting the preview towards 50 ms a frame; averaging with the old factor damps it.

@@ -145,6 +145,11 @@ std::vector<Series> AllSeries() {
         q.TransectDir = TransectDirection::AlongX;
         q.TransectNo = 12;
     };
+    const auto stereo35 = [](RenderRequest& q) { q.StereoFactor = 35; };
+    const auto alongZ = [](RenderRequest& q) {
+        q.TransectDir = TransectDirection::Alongz;
+        q.TransectNo = 9;
+    };
     return {
         {"3dz2_pdf",
          9,
@@ -190,6 +195,58 @@ std::vector<Series> AllSeries() {
          {
              {"volume_main_final", With(Q(M::Volumetric, S::Main, 0.0, 0.0), finalPicture)},
              {"transect_nano", Q(M::Transect, S::Nano, 0.0, 0.0)},
+         }},
+        // One series for each symmetry class and view not yet shown above.
+        {"3dx2y2_pdf",  // F8
+         10,
+         ViewMode::PDF,
+         {
+             {"ortho_main_levels", With(Q(M::Orthographic, S::Main, 0.4, 0.7), levels)},
+             {"transect_nano_levels", With(With(Q(M::Transect, S::Nano, 0, 0), levels), alongZ)},
+             {"persp_nano", Q(M::Perspective, S::Nano, 0.4, 0.7)},
+             {"anaglyph_main_transector",  // eyes 12.86 apart: 13 for the dots, 12 for the outline
+              With(With(With(Q(M::Anaglyph, S::Main, 0.9, 0.2), transector), alongX), stereo35)},
+             {"volume_nano_final", With(Q(M::Volumetric, S::Nano, 0.4, 0.7), finalPicture)},
+             {"unknown_mode_main_transector",
+              With(Q(static_cast<M>(7), S::Main, 0.4, 0.7), transector)},
+         }},
+        {"3dxz_drpdf",  // F8 in the radial view
+         12,
+         ViewMode::DRPDF,
+         {
+             {"ortho_nano", Q(M::Orthographic, S::Nano, 1.1, 0.5)},
+             {"persp_main_transector", With(Q(M::Perspective, S::Main, 1.1, 0.5), transector)},
+             {"volume_main_preview", Q(M::Volumetric, S::Main, 1.1, 0.5)},
+             {"transect_nano_alongx", With(Q(M::Transect, S::Nano, 0, 0), alongX)},
+         }},
+        {"3px_pdf",  // F16yz
+         6,
+         ViewMode::PDF,
+         {
+             {"ortho_main", Q(M::Orthographic, S::Main, 0.3, 1.2)},
+             {"anaglyph_nano", Q(M::Anaglyph, S::Nano, 0.3, 1.2)},
+             {"volume_main_final", With(Q(M::Volumetric, S::Main, 0.3, 1.2), finalPicture)},
+             {"transect_main_alongx", With(Q(M::Transect, S::Main, 0, 0), alongX)},
+             {"transect_nano", Q(M::Transect, S::Nano, 0, 0)},
+         }},
+        {"4dxz_pdf",  // F16xz
+         21,
+         ViewMode::PDF,
+         {
+             {"ortho_main_levels", With(Q(M::Orthographic, S::Main, 0.6, 0.1), levels)},
+             {"persp_nano", Q(M::Perspective, S::Nano, 0.6, 0.1)},
+             {"volume_nano_preview", Q(M::Volumetric, S::Nano, 0.6, 0.1)},
+             {"transect_main_alongz", With(Q(M::Transect, S::Main, 0, 0), alongZ)},
+             {"transect_nano_alongx", With(Q(M::Transect, S::Nano, 0, 0), alongX)},
+         }},
+        {"av2p_drpdf",  // F32 in the radial view
+         32,
+         ViewMode::DRPDF,
+         {
+             {"ortho_main", Q(M::Orthographic, S::Main, 0.8, 0.8)},
+             {"anaglyph_main", Q(M::Anaglyph, S::Main, 0.8, 0.8)},
+             {"volume_nano_final", With(Q(M::Volumetric, S::Nano, 0.8, 0.8), finalPicture)},
+             {"transect_nano", Q(M::Transect, S::Nano, 0, 0)},
          }},
     };
 }

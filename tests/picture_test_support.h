@@ -1,109 +1,79 @@
-// Test helpers for the picture renders: a fake electron with an analytic density, renderers
-// with hand-made dot clouds and grids, and pixel readers for surfaces.
+// Helpers of the renderer tests: real orbitals set up with the catalogue's defaults, requests,
+// and the visible pixels behind a device handle.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <vector>
 
-#include "electron/cElectron.h"
-#include "render/orbital_renderer.h"
-#include "renderer_test_access.h"
+#include "electron/modOrbitals.h"
+#include "engine/cOrbitalCol.h"
 #include "support/cMemoryDCEx.h"
+#include "test_support.h"
 
 namespace vt_test {
 
-using veltara::COORDdoubleParams;
-using veltara::RGBA;
+using namespace veltara;
 
-/// An electron whose unscaled density is a function the test chooses (by default the 1S shape
-/// e^(-2r), written here from the formula, not taken from the engine). Counts its evaluations.
-class PictureElectron : public veltara::cElectron {
-  public:
-    using Density = std::function<double(double x2, double y2, double z2)>;
-
-    static double OneS(double x2, double y2, double z2) {
-        return std::exp(-2.0 * std::sqrt(x2 + y2 + z2));
-    }
-
-    explicit PictureElectron(Density pdf = OneS, Density drpdf = nullptr)
-        : mPdf(std::move(pdf)), mDrpdf(drpdf ? std::move(drpdf) : mPdf) {}
-
-    void SetPDFScaleFactor(const double&) override {}
-    void SetDRPDFScaleFactor(const double&) override {}
-    veltara::OrbInfo GetInfo() override { return {}; }
-    uint8_t GetPDF(const COORDdoubleParams&) override { return 0; }
-    double GetRealPDF(const COORDdoubleParams& p) override { return GetNonScaledPDF(p); }
-    double GetNonScaledPDF(const COORDdoubleParams& p) override {
-        ++calls;
-        return mPdf(p.Xs, p.Ys, p.Zs);
-    }
-    uint8_t GetDRPDF(const COORDdoubleParams&) override { return 0; }
-    double GetRealDRPDF(const COORDdoubleParams& p) override { return GetNonScaledDRPDF(p); }
-    double GetNonScaledDRPDF(const COORDdoubleParams& p) override {
-        ++calls;
-        return mDrpdf(p.Xs, p.Ys, p.Zs);
-    }
-    void NonScaledBatch(veltara::ViewMode view, const COORDdoubleParams* points, double* out,
-                        size_t count) override {
-        if (onBatch) onBatch();
-        for (size_t i = 0; i < count; ++i) {
-            out[i] = view == veltara::ViewMode::PDF ? GetNonScaledPDF(points[i])
-                                                    : GetNonScaledDRPDF(points[i]);
-        }
-    }
-    void ScaledBatch(veltara::ViewMode, const COORDdoubleParams*, uint8_t* out,
-                     size_t count) override {
-        for (size_t i = 0; i < count; ++i) out[i] = 0;
-    }
-
-    int64_t calls = 0;
-    std::function<void()> onBatch;  ///< runs before every batch (e.g. to move the clock)
-    Density mPdf;
-    Density mDrpdf;
-};
-
-using Access = veltara::RendererTestAccess;
-
-/// A density-view renderer holding `electron` (owned) and, if given, a dot cloud.
-inline std::unique_ptr<veltara::cOrbitalPDF> MakeRenderer(
-    PictureElectron* electron = nullptr, std::vector<veltara::PointArray> dots = {},
-    double depthScale = 0.5, int16_t atomRadius = 10) {
-    auto r = std::make_unique<veltara::cOrbitalPDF>();
-    if (electron) Access::Electron(*r).reset(electron);
-    Access::SetupRec(*r).AtomRadius = atomRadius;
-    if (!dots.empty()) {
-        Access::LastDot(*r) = static_cast<int32_t>(dots.size()) - 1;
-        Access::Dots(*r) = std::move(dots);
-    }
-    Access::DotDepthScale(*r) = depthScale;
-    return r;
+/// Orbital `index` in `view` with the catalogue's radius and threshold for that view.
+inline OrbitalSetup Defaults(int16_t index, ViewMode view, int16_t dots = 20000) {
+    const OrbInfo info = modOrbitals::CreateElectron(index)->GetInfo();
+    const bool pdf = view == ViewMode::PDF;
+    OrbitalSetup s;
+    s.OrbitalIndex = index;
+    s.OrbitalViewMode = view;
+    s.AtomRadius = pdf ? info.DefaultPDFAtomRadius : info.DefaultDRPDFAtomRadius;
+    s.DotThreshold =
+        static_cast<uint8_t>(pdf ? info.DefaultPDFDotThreshold : info.DefaultDRPDFDotThreshold);
+    s.DotTarget = dots;
+    return s;
 }
 
-/// A request with the engine's field defaults and the given mode and size.
-inline veltara::RenderRequest Request(veltara::RenderMode mode,
-                                      veltara::RenderSize size = veltara::RenderSize::Main) {
-    veltara::RenderRequest q{};
+/// A request of `mode` and `size` seen from (theta, phi), camera 450 before the plane.
+inline RenderRequest Request(RenderMode mode, RenderSize size, double theta = 0.7,
+                             double phi = 0.3) {
+    RenderRequest q;
     q.Mode = mode;
     q.Size = size;
+    q.Theta = theta;
+    q.Phi = phi;
+    q.CameraPos = -450;
+    q.ProjectionPlane = 0;
+    q.StereoFactor = 35;  // eyes 450 / 35 = 12.86 from the centre: 13 rounded, 12 truncated
+    q.TransectDir = TransectDirection::Alongy;
+    q.VolQuality = 10;
     return q;
 }
 
-/// The live surface behind a device handle (fails the test when there is none).
-inline veltara::cMemoryDCEx& Surface(int32_t hdc) {
-    veltara::cMemoryDCEx* s = veltara::SurfaceFromHandle(hdc);
-    EXPECT_NE(s, nullptr) << "handle " << hdc << " does not resolve";
-    static veltara::cMemoryDCEx empty;
-    return s ? *s : empty;
+/// The visible pixels of the surface behind a handle, rows from the top.
+inline std::vector<RGBA> Pixels(int32_t hdc) {
+    const cMemoryDCEx* s = SurfaceFromHandle(hdc);
+    std::vector<RGBA> out;
+    if (s == nullptr) {
+        ADD_FAILURE() << "handle " << hdc << " does not resolve";
+        return out;
+    }
+    for (int32_t row = 0; row < s->Height(); ++row) {
+        const std::vector<RGBA> line = s->GetBits(row);
+        out.insert(out.end(), line.begin(), line.end());
+    }
+    return out;
 }
 
-/// Pixel (column, row counted from the top) of a surface.
-inline RGBA PixelAt(const veltara::cMemoryDCEx& s, int32_t col, int32_t row) {
-    return s.GetBits(row)[static_cast<size_t>(col)];
+/// Renders `q` on orbital `index` and reads the picture of the request's size.
+inline std::vector<RGBA> Render(cOrbitalCol& col, int16_t index, const RenderRequest& q) {
+    const RenderDCinfo dc = col.GetRender(index, q);
+    return Pixels(q.Size == RenderSize::Main ? dc.MainHDC : dc.NanoHDC);
+}
+
+/// The number of pixels in which two pictures differ (every pixel when the sizes differ).
+inline size_t Differences(const std::vector<RGBA>& a, const std::vector<RGBA>& b) {
+    if (a.size() != b.size()) return a.size() + b.size();
+    size_t n = 0;
+    for (size_t i = 0; i < a.size(); ++i) n += a[i] == b[i] ? 0 : 1;
+    return n;
 }
 
 inline RGBA Grey(uint8_t v) { return RGBA{v, v, v, 0}; }
