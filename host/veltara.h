@@ -317,3 +317,48 @@ VT_API int32_t vt_about(vt_engine *e);
 #endif
 
 #endif /* VELTARA_H */
+
+/* ---- Science: the signed wavefunction and the facts of each orbital --------------------- */
+#ifndef VELTARA_SCIENCE_H
+#define VELTARA_SCIENCE_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* The signed wavefunction psi of single orbital `orbital` (0..29) at count points, each given
+ * as x, y, z in Bohr radii (xyz[3 * i] .. xyz[3 * i + 2]), in a0^(-3/2). psi squared is the
+ * density of vt_real_density's VT_PDF view to rounding; the sign is that of the orbital's
+ * unsquared factors (x for 2Px, xy for 3Dxy, 3z^2 - r^2 for 3Dz2, the radial polynomial
+ * positive at the nucleus). Needs no engine.
+ * out: count values. Errors: 5 (an averaged shell 30..39: a mixture has no sign; xyz or out
+ * NULL with count above 0), 9 (orbital outside 0..39), and the density's own errors (5, 6). */
+VT_API int32_t vt_wavefunction(int16_t orbital, const double *xyz, size_t count, double *out);
+
+/* What a chemist reads off an orbital (40 bytes). An averaged shell shares n and l with its
+ * members and has m 0. */
+typedef struct vt_OrbitalFacts {
+    int16_t n, l, m;
+    int16_t reserved;
+    int32_t radialNodes;       /* n - l - 1 */
+    int32_t angularNodes;      /* l */
+    double energyHartree;      /* -1 / (2 n^2) */
+    double meanRadius;         /* <r> = (3 n^2 - l (l + 1)) / 2, Bohr radii */
+    double mostProbableRadius; /* where r^2 R_nl(r)^2 is largest, Bohr radii */
+} vt_OrbitalFacts;
+
+/* The facts of catalogue orbital `orbital` (0..39). out: them. Errors: 9 (orbital outside
+ * 0..39), 5 (out NULL). */
+VT_API int32_t vt_orbital_facts(int16_t orbital, vt_OrbitalFacts *out);
+
+/* The radial distribution P(r) = r^2 R_nl(r)^2 of orbital `orbital` (0..39) at count distances
+ * r (Bohr radii, not negative); it integrates to 1 over r.
+ * out: count values. Errors: 9 (orbital outside 0..39), 5 (a negative or NaN distance; r or
+ * out NULL with count above 0), 6 (an infinite distance). */
+VT_API int32_t vt_radial_distribution(int16_t orbital, const double *r, size_t count, double *out);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* VELTARA_SCIENCE_H */
