@@ -173,6 +173,7 @@ test('a 390-pixel phone screen needs no sideways scrolling', async () => {
 });
 
 test('timings, one .wasm fetched, no server API, no console error', async () => {
+  await redrawn(() => page.check('input[name=view][value="0"]'));
   for (const index of [0, 5, 14, 23, 33]) await redrawn(() => page.click(`.orb[data-index="${index}"]`));
   await page.evaluate(() => { window.veltara.state.timings.frames.length = 0; });
   const box = await page.locator('#main').boundingBox();
