@@ -556,6 +556,7 @@ async function addOrbital(index, options = {}) {
     return null;
   }
   say('Calculating…');
+  state.busy = true;
   const started = performance.now();
   let added;
   try {
@@ -563,6 +564,7 @@ async function addOrbital(index, options = {}) {
       DotThreshold: threshold, DotTarget: target }, seed);
   } catch (e) {
     explain(e, `${displayName(index)} could not be calculated with these settings.`);
+    state.busy = drawing !== null;
     return null;
   }
   state.timings.adds.push(performance.now() - started);
@@ -705,7 +707,8 @@ function savePng() {
   ctx.drawImage($('overlay'), 0, 0);
   const o = current();
   const a = document.createElement('a');
-  a.download = `${o ? state.catalogue[o.index].Name : 'orbital'}.png`;
+  const name = o ? `${isAverage(o.index) ? 'average-' : ''}${state.catalogue[o.index].Name}` : 'orbital';
+  a.download = `${name}${o && o.view ? '-radial' : ''}.png`;
   a.href = out.toDataURL('image/png');
   a.click();
 }
