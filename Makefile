@@ -1,6 +1,6 @@
-# Veltara: make run (the viewer) | make gallery | make test | make test-python | make bench | make format
+# Veltara: make run (the viewer) | make site | make gallery | make test | make test-python | make bench | make format
 JOBS ?= $(shell nproc)
-.PHONY: setup run gallery check test test-release test-debug test-python bench format clean
+.PHONY: setup run site gallery check test test-release test-debug test-python bench format clean
 
 setup:
 	@bash scripts/setup
@@ -14,8 +14,15 @@ build/debug/build.ninja: CMakeLists.txt CMakePresets.json
 build/bench/build.ninja: CMakeLists.txt CMakePresets.json
 	cmake --preset bench >/dev/null
 
-# The viewer: open the address it prints in a browser; Ctrl-C stops it.
-run: setup build/release/build.ninja
+# The viewer as a static site in build/site: the page and the engine compiled to WebAssembly.
+# Any static file server can host the folder (python3 -m http.server -d build/site).
+site: setup build/release/build.ninja
+	cmake --build --preset release -j $(JOBS) --target site
+	rm -rf build/site && cp -r build/release/site build/site
+	@echo "The viewer's site is in build/site."
+
+# The viewer for local use: open the address it prints in a browser; Ctrl-C stops it.
+run: site
 	cmake --build --preset release -j $(JOBS) --target veltara_cli
 	./build/release/cli/veltara serve
 

@@ -1,7 +1,11 @@
 // cOrbitalCol: slots of renderers and the bookkeeping of the next free index.
 #include "engine/cOrbitalCol.h"
 
-#include <charconv>
+#include <locale.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
 #include <string_view>
 
 #include "support/convert.h"
@@ -39,13 +43,18 @@ double ParseNumber(const std::string& text) {
     while (!s.empty() && isBlank(s.front())) s.remove_prefix(1);
     while (!s.empty() && isBlank(s.back())) s.remove_suffix(1);
     if (!IsDecimalNumber(s)) Raise(kErrTypeMismatch);
-    // from_chars takes no leading '+' and never looks at the locale.
-    if (s.front() == '+') s.remove_prefix(1);
-    double value = 0.0;
-    const auto res = std::from_chars(s.data(), s.data() + s.size(), value);
-    // A number too large for a double is out of every integer range.
-    if (res.ec == std::errc::result_out_of_range) Raise(kErrOverflow);
-    if (res.ec != std::errc() || res.ptr != s.data() + s.size()) Raise(kErrTypeMismatch);
+    // strtod_l in the "C" locale reads the same decimal numbers on every C library (the
+    // WebAssembly build's library has no floating-point from_chars), whatever locale the host
+    // process set.
+    static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(0));
+    const std::string digits(s);
+    char* end = nullptr;
+    errno = 0;
+    const double value = strtod_l(digits.c_str(), &end, cLocale);
+    if (end != digits.c_str() + digits.size()) Raise(kErrTypeMismatch);
+    // A number too large for a double, or too small to be told from zero, is out of every
+    // integer range (a subnormal result is a number like any other).
+    if (std::isinf(value) || (errno == ERANGE && value == 0.0)) Raise(kErrOverflow);
     return value;
 }
 

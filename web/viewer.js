@@ -1,63 +1,188 @@
-// The Veltara viewer: picks orbitals, asks the server for frames and draws them.
-'use strict';
+// The Veltara viewer: a page for learners. The engine runs in a Web Worker (engine_worker.js);
+// this script keeps the page's state, asks the worker for pictures, draws the axes and the
+// scale over them, and explains every control in plain words.
 
 const $ = (id) => document.getElementById(id);
 
-const state = {
-  catalogue: [],
-  live: [],            // [{handle, Name, OrbType, setup}]
-  current: null,       // handle of the selected orbital
-  theta: 0.4,          // radians
-  phi: 0.6,
-  dragging: false,
-  inFlight: false,     // one Main request at a time while dragging
-  pendingDrag: false,
-  lastMainMs: 0,
-  settled: 0,          // renderAll calls finished, for anyone waiting on a full redraw
+// ---- Constants of the page (the engine's request defaults come from the engine) ----
+
+const MAIN = 375;
+const NANO = 128;
+const MODE = { dots: 0, perspective: 1, anaglyph: 2, cloud: 3, slice: 4 };
+const ANGSTROM_PER_BOHR = 0.529177;
+const EV_PER_HARTREE = 27.211386;
+const PHASE_POSITIVE = 0xff8a3c; // orange where psi > 0
+const PHASE_NEGATIVE = 0x3c9cff; // blue where psi < 0
+const START_THETA = 0.35;
+const START_PHI = 0.55;
+const START_ORBITAL = 4; // 2Pz: two lobes of opposite sign, a good first picture
+const DOT_TARGET = 10000;
+const MAX_LIVE = 8;
+const KEY_STEP = Math.PI / 36; // 5 degrees
+// The page's own box for an orbital: the radius holding this share of the probability.
+const HELD_SHARE = 0.995;
+
+const MODE_HELP = [
+  'Dots: every dot is a place where the electron may be found, seen straight on. Near dots are bright, far ones dim.',
+  'Dots in perspective: as a camera sees them, from the camera distance below; near and far parts differ in size.',
+  'Red/green 3-D: one picture per eye in one frame, green for the left eye and red for the right. Look through red/green glasses (green filter on the left eye); a negative eye spacing divisor swaps the eyes.',
+  'Cloud: the density added up along each line of sight, the near side counting most: bright where the electron spends much time. While you drag, a quick coarse cloud is shown.',
+  'Slice: a cut through the orbital, the density in one plane; choose the plane and its position under "Slice". Bright: likely places.',
+];
+const VIEW_HELP = [
+  'ψ² is the probability density: how likely the electron is in a tiny box at each point.',
+  'Radial weighting multiplies ψ² by a distance so that the shells far out stand out. For a single orbital the engine weights by ρ·r (distance from the z axis times distance from the nucleus), not by r²: even the round 1S then looks flattened along z, and the z axis itself stays empty. That is how this engine draws it. For the subshell averages ⟨ ⟩ the weight is r², the textbook radial distribution.',
+];
+const COLOUR_HELP = {
+  grey: 'Grey dots: the brightness shows depth only.',
+  levels: 'Probability: red dots sit in unlikely places, green ones in likely places; depth still shades them.',
+  phase: 'Sign of ψ: orange where the wavefunction is positive, blue where it is negative. The sign flips across every node; depth still shades the colours.',
 };
 
-// ---- Server calls ----
+// ---- The engine, in its worker ----
 
-class ApiError extends Error {
-  constructor(status, body) {
-    super(body && body.message ? body.message : `HTTP ${status}`);
-    this.status = status;
-    this.number = body ? body.error : 0;
+class EngineFailure extends Error {
+  constructor({ number, message }) {
+    super(message);
+    this.number = number;
   }
 }
 
-async function api(method, path, body) {
-  const init = { method, headers: {} };
-  if (body !== undefined) {
-    init.headers['Content-Type'] = 'application/json';
-    init.body = JSON.stringify(body);
+const worker = new Worker('engine_worker.js');
+const pending = new Map();
+let nextCall = 1;
+worker.onmessage = ({ data }) => {
+  const call = pending.get(data.id);
+  pending.delete(data.id);
+  if (data.error) call.reject(new EngineFailure(data.error));
+  else call.resolve(data.result);
+};
+worker.onerror = (event) => {
+  event.preventDefault();
+  say('The engine could not be started in this browser.', event.message);
+};
+
+function engine(op, ...args) {
+  return new Promise((resolve, reject) => {
+    const id = nextCall++;
+    pending.set(id, { resolve, reject });
+    worker.postMessage({ id, op, args });
+  });
+}
+
+// ---- State ----
+
+const state = {
+  catalogue: [],
+  defaults: null,
+  heldRadius: [], // the page's box half-width per orbital, a0
+  sharedRadius: 0,
+  facts: new Map(),
+  live: [], // {handle, index, view, seed, setup, stats}
+  current: null,
+  theta: START_THETA,
+  phi: START_PHI,
+  timings: { firstPicture: null, adds: [], frames: [] },
+};
+
+const current = () => state.live.find((o) => o.handle === state.current) || null;
+const radioValue = (name) => document.querySelector(`input[name=${name}]:checked`).value;
+const setRadio = (name, value) => {
+  const input = document.querySelector(`input[name=${name}][value="${value}"]`);
+  if (input) input.checked = true;
+};
+const mode = () => Number(radioValue('mode'));
+const isAverage = (index) => state.catalogue[index].OrbType === 1;
+const displayName = (index) => {
+  const info = state.catalogue[index];
+  return isAverage(index) ? `⟨${info.Name.replace(/^av/, '')}⟩` : info.Name;
+};
+
+// The dot colouring actually drawn: phase colours need a single orbital's sign.
+function dotColour() {
+  const colour = radioValue('colour');
+  const o = current();
+  return colour === 'phase' && o && isAverage(o.index) ? 'grey' : colour;
+}
+
+// ---- Messages: a plain sentence, the engine's number in small print ----
+
+function say(sentence, detail) {
+  $('messageText').textContent = sentence || '';
+  $('messageCode').textContent = detail || '';
+}
+
+function explain(error, what) {
+  if (!(error instanceof EngineFailure) || !error.number) {
+    say(what, error.message);
+    return;
   }
-  const res = await fetch(path, init);
-  const isJson = (res.headers.get('Content-Type') || '').startsWith('application/json');
-  if (!res.ok) throw new ApiError(res.status, isJson ? await res.json() : null);
-  return isJson ? res.json() : res;
+  const plain = {
+    5: 'The engine refused one of the values.',
+    6: 'A value is too large for the engine.',
+    7: 'The browser ran out of memory: remove an orbital from the page.',
+    9: 'Nothing to draw with these settings: try leaving out fewer levels.',
+    11: 'The eye spacing divisor must not be 0.',
+  }[error.number];
+  say(`${what} ${plain || ''}`.trim(), `engine error ${error.number}: ${error.message}`);
 }
 
-// A frame as width, height and B,G,R,A bytes (rows top first).
-async function fetchFrame(handle, request) {
-  const res = await api('POST', `/api/orbitals/${handle}/render`, request);
-  const width = Number(res.headers.get('X-Width'));
-  const height = Number(res.headers.get('X-Height'));
-  return { width, height, bgra: new Uint8Array(await res.arrayBuffer()) };
+// Reads a whole number from an input and checks its range; says what is wrong if not.
+function whole(id, min, max, label) {
+  const text = $(id).value.trim();
+  const v = Number(text);
+  if (text === '' || !Number.isInteger(v) || v < min || v > max) {
+    say(`${label} must be a whole number from ${min} to ${max}.`);
+    $(id).focus();
+    return null;
+  }
+  return v;
 }
 
-// ---- Drawing ----
+// ---- Requests ----
 
-// The engine's pixels are B, G, R, A with A holding scratch data: show them opaque.
-function drawFrame(canvas, frame) {
-  if (canvas.width !== frame.width || canvas.height !== frame.height) {
-    canvas.width = frame.width;
-    canvas.height = frame.height;
+function baseRequest() {
+  const levels = dotColour() === 'levels';
+  return {
+    ...state.defaults,
+    Theta: state.theta,
+    Phi: state.phi,
+    CameraPos: Number($('cameraPos').value),
+    ProjectionPlane: Number($('projectionPlane').value),
+    StereoFactor: Number($('stereoFactor').value),
+    TransectNo: Number($('transectNo').value),
+    TransectDir: Number($('transectDir').value),
+    Transector: $('transector').checked && dotColour() !== 'phase',
+    VolQuality: Number($('volQuality').value),
+    ShowProbLevelOnDots: levels,
+    ShowProbLevelOnTrans: levels && $('sliceColour').checked,
+  };
+}
+
+function settingsValid() {
+  const checks = [['cameraPos', -32768, 32767, 'The camera distance'],
+    ['projectionPlane', -32768, 32767, 'The screen distance'],
+    ['stereoFactor', -32768, 32767, 'The eye spacing divisor']];
+  if (checks.some(([id, lo, hi, label]) => whole(id, lo, hi, label) === null)) return false;
+  if (mode() === MODE.anaglyph && Number($('stereoFactor').value) === 0) {
+    say('The eye spacing divisor must not be 0: the eyes would be infinitely far apart.');
+    return false;
+  }
+  return true;
+}
+
+// ---- Pictures ----
+
+function paint(canvas, picture) {
+  if (canvas.width !== picture.width) {
+    canvas.width = picture.width;
+    canvas.height = picture.height;
   }
   const ctx = canvas.getContext('2d');
-  const image = ctx.createImageData(frame.width, frame.height);
-  const src = frame.bgra;
+  const image = ctx.createImageData(picture.width, picture.height);
+  const src = picture.bgra;
   const dst = image.data;
+  // The engine's pixels are B, G, R and a scratch byte: shown opaque.
   for (let i = 0; i < dst.length; i += 4) {
     dst[i] = src[i + 2];
     dst[i + 1] = src[i + 1];
@@ -67,154 +192,297 @@ function drawFrame(canvas, frame) {
   ctx.putImageData(image, 0, 0);
 }
 
-function clearCanvas(canvas) {
-  const ctx = canvas.getContext('2d');
-  ctx.fillStyle = '#000';
-  ctx.fillRect(0, 0, canvas.width, canvas.height);
-}
-
-function showMessage(text) {
-  $('message').textContent = text || '';
-}
-
-// ---- Requests ----
-
-function checked(id) { return $(id).checked; }
-function intValue(id) { return Number($(id).value); }
-
-function selectedMode() {
-  return document.querySelector('input[name=mode]:checked').value;
-}
-
-// Every field of the render request, from the controls.
-function baseRequest() {
-  return {
-    Theta: state.theta,
-    Phi: state.phi,
-    CameraPos: intValue('cameraPos'),
-    ProjectionPlane: intValue('projectionPlane'),
-    TransectNo: intValue('transectNo'),
-    Transector: checked('transector'),
-    TransectDir: $('transectDir').value,
-    VolQuality: intValue('volQuality'),
-    VolFinal: true,
-    ShowProbLevelOnDots: checked('probDots'),
-    // The engine colours transects by level only with both flags set.
-    ShowProbLevelOnTrans: checked('probTrans'),
-    UseColouredTransector: checked('colouredTransector'),
-    StereoFactor: intValue('stereoFactor'),
-  };
-}
-
-function mainRequest(preview) {
-  const mode = selectedMode();
-  return {
-    ...baseRequest(), Size: 'Main', Mode: mode,
-    VolFinal: !(preview && mode === 'Volumetric'),
-  };
-}
-
-function nanoRequest() {
-  const nanoMode = $('nanoMode').value;
-  return { ...baseRequest(), Size: 'Nano', Mode: nanoMode === 'same' ? selectedMode() : 'Transect' };
-}
-
-// Main first, then Nano: a transect takes level colours only when the last picture of the
-// other size is a dot projection showing levels, so the Nano transect must follow the Main
-// picture it accompanies.
-async function renderAll() {
-  if (state.current === null) return;
-  const handle = state.current;
-  try {
-    await renderMain(false);
-    const nano = await fetchFrame(handle, nanoRequest());
-    if (handle === state.current) drawFrame($('nano'), nano);
-    showMessage('');
-  } catch (e) {
-    showMessage(e.message);
+// A picture of the engine's, or the page's phase-coloured dot picture in its place.
+function picture(o, request) {
+  const m = request.Mode;
+  if ((m === MODE.dots || m === MODE.perspective) && dotColour() === 'phase') {
+    return engine('renderPhase', o.handle, request, PHASE_POSITIVE, PHASE_NEGATIVE);
   }
-  await refreshStats();
-  state.settled++;
+  return engine('render', o.handle, request);
 }
 
-async function renderMain(preview) {
-  const handle = state.current;
+// Main and small picture in the order the slice colours need: a slice takes level colours
+// from the dot picture drawn just before it, so the slice always follows its dot picture.
+async function drawPictures(preview) {
+  const o = current();
+  if (!o || !settingsValid()) return;
+  const req = baseRequest();
+  const m = mode();
   const started = performance.now();
-  const frame = await fetchFrame(handle, mainRequest(preview));
-  if (handle !== state.current) return;
-  drawFrame($('main'), frame);
-  state.lastMainMs = performance.now() - started;
-  $('frameTime').textContent = `${state.lastMainMs.toFixed(0)} ms${preview ? ' (preview)' : ''}`;
-}
-
-// While dragging only the Main picture follows, as quick previews for volume pictures; a
-// newer angle waits for the frame in flight instead of queueing up.
-async function dragFrame() {
-  if (state.inFlight) {
-    state.pendingDrag = true;
-    return;
-  }
-  state.inFlight = true;
   try {
-    do {
-      state.pendingDrag = false;
-      await renderMain(true);
-    } while (state.pendingDrag);
+    if (m === MODE.slice) {
+      if (!preview) paint($('nano'), await picture(o, { ...req, Size: NANO, Mode: MODE.dots }));
+      paint($('main'), await engine('render', o.handle, { ...req, Size: MAIN, Mode: MODE.slice }));
+    } else {
+      const main = await picture(o, { ...req, Size: MAIN, Mode: m, VolFinal: !(preview && m === MODE.cloud) });
+      paint($('main'), main);
+      if (!preview) paint($('nano'), await engine('render', o.handle, { ...req, Size: NANO, Mode: MODE.slice }));
+    }
+    if (preview) state.timings.frames.push(performance.now() - started);
+    if (state.timings.firstPicture === null) state.timings.firstPicture = performance.now();
+    drawOverlay();
+    if (!preview) say('');
   } catch (e) {
-    showMessage(e.message);
-  } finally {
-    state.inFlight = false;
+    explain(e, 'This picture could not be drawn.');
   }
 }
 
-// ---- Rotation with the mouse ----
-
-function showAngles() {
-  const deg = (r) => Math.round((r * 180) / Math.PI);
-  $('angles').textContent = `θ ${deg(state.theta)}° φ ${deg(state.phi)}°`;
+// One drawing at a time; a request while one runs makes one more run with the newest state.
+let drawing = null;
+let again = null;
+function draw(preview = false) {
+  if (drawing) {
+    again = again === null ? preview : again && preview;
+    return drawing;
+  }
+  state.busy = true;
+  drawing = (async () => {
+    await drawPictures(preview);
+    while (again !== null) {
+      const p = again;
+      again = null;
+      await drawPictures(p);
+    }
+    if (!preview) await refreshPanels();
+    updateLink();
+    drawing = null;
+    state.busy = false;
+    document.body.dataset.drawn = String(Number(document.body.dataset.drawn || 0) + 1);
+  })();
+  return drawing;
 }
 
-function setupDrag() {
-  const canvas = $('main');
-  let last = null;
-  canvas.addEventListener('pointerdown', (ev) => {
-    if (state.current === null) return;
-    canvas.setPointerCapture(ev.pointerId);
-    canvas.classList.add('dragging');
-    state.dragging = true;
-    last = { x: ev.clientX, y: ev.clientY };
+// ---- Axes and scale over the picture ----
+
+// Screen directions of the axes under the engine's view transform: right, up and depth.
+function axisOnScreen(axis) {
+  const cT = Math.cos(state.theta);
+  const sT = Math.sin(state.theta);
+  const cP = Math.cos(state.phi);
+  const sP = Math.sin(state.phi);
+  return [[cP, 0, -sP], [cT * sP, -sT, cT * cP], [sT * sP, cT, sT * cP]][axis];
+}
+
+function niceLength(maxBohr) {
+  for (const v of [50, 20, 10, 5, 2, 1, 0.5, 0.2, 0.1]) if (v <= maxBohr) return v;
+  return 0.1;
+}
+
+function drawOverlay() {
+  const canvas = $('overlay');
+  const ctx = canvas.getContext('2d');
+  const w = canvas.width;
+  const k = w / MAIN; // device pixels per engine pixel
+  ctx.clearRect(0, 0, w, w);
+  const o = current();
+  if (!o) return;
+  const m = mode();
+  const px = (v) => Math.max(1, Math.round(v * k));
+  ctx.font = `${px(12)}px system-ui, sans-serif`;
+  ctx.lineWidth = px(2);
+  ctx.lineCap = 'round';
+
+  // The axes: turning with the picture; the slice shows its two in-plane axes.
+  const cx = px(34);
+  const cy = w - px(34);
+  const len = px(24);
+  const colours = ['#ff6b6b', '#6bdc6b', '#6bb0ff'];
+  const sliceAxes = [[1, 2], [0, 2], [0, 1]][Number($('transectDir').value)];
+  const axes = [0, 1, 2].map((a) => {
+    if (m !== MODE.slice) return { a, v: axisOnScreen(a) };
+    const i = sliceAxes.indexOf(a);
+    return { a, v: i < 0 ? [0, 0, 1] : i === 0 ? [1, 0, 0] : [0, 1, 0] };
   });
-  canvas.addEventListener('pointermove', (ev) => {
-    if (!state.dragging) return;
-    // Horizontal motion turns about the vertical (Z) axis, vertical motion about X.
-    state.phi += ((ev.clientX - last.x) * Math.PI) / 375;
-    state.theta += ((ev.clientY - last.y) * Math.PI) / 375;
-    last = { x: ev.clientX, y: ev.clientY };
-    showAngles();
-    dragFrame();
-  });
-  const end = async () => {
-    if (!state.dragging) return;
-    state.dragging = false;
-    canvas.classList.remove('dragging');
-    // The final picture once the frame in flight is done.
-    while (state.inFlight) await new Promise((r) => setTimeout(r, 5));
-    renderAll();
-  };
-  canvas.addEventListener('pointerup', end);
-  canvas.addEventListener('pointercancel', end);
+  axes.sort((p, q) => q.v[2] - p.v[2]); // far axes first
+  for (const { a, v } of axes) {
+    const x = cx + v[0] * len;
+    const y = cy - v[1] * len;
+    ctx.globalAlpha = v[2] > 0.2 ? 0.55 : 1;
+    ctx.strokeStyle = colours[a];
+    ctx.fillStyle = colours[a];
+    ctx.beginPath();
+    ctx.moveTo(cx, cy);
+    ctx.lineTo(x, y);
+    ctx.stroke();
+    if (Math.hypot(v[0], v[1]) > 0.15) {
+      ctx.fillText('xyz'[a], cx + v[0] * (len + px(9)) - px(3), cy - v[1] * (len + px(9)) + px(4));
+    } else {
+      ctx.fillText('xyz'[a] + (v[2] < 0 ? '⊙' : '⊗'), cx + px(4), cy - px(4));
+    }
+  }
+  ctx.globalAlpha = 1;
+
+  // The scale bar: 127 engine pixels are the box half-width; a perspective picture is scaled
+  // by the projection at the nucleus.
+  let pxPerBohr = 127 / o.setup.AtomRadius;
+  if (m === MODE.perspective || m === MODE.anaglyph) {
+    const cam = Number($('cameraPos').value);
+    const plane = Number($('projectionPlane').value);
+    pxPerBohr *= cam === 0 ? 1 : Math.abs((plane - cam) / cam);
+  }
+  const bohr = niceLength(110 / pxPerBohr);
+  const bar = bohr * pxPerBohr * k;
+  const right = w - px(14);
+  const base = w - px(16);
+  ctx.strokeStyle = '#fff';
+  ctx.fillStyle = '#fff';
+  ctx.beginPath();
+  ctx.moveTo(right - bar, base - px(5));
+  ctx.lineTo(right - bar, base);
+  ctx.lineTo(right, base);
+  ctx.lineTo(right, base - px(5));
+  ctx.stroke();
+  const label = `${bohr} a₀ = ${(bohr * ANGSTROM_PER_BOHR).toPrecision(2)} Å`;
+  ctx.textAlign = 'right';
+  ctx.fillText(label, right, base - px(8));
+  if (m === MODE.perspective || m === MODE.anaglyph) ctx.fillText('at the nucleus', right, base - px(22));
+  ctx.textAlign = 'left';
+}
+
+// Pictures as large as the room allows, in whole multiples of the engine's pixels (or shrunk
+// pixel-exact on a screen narrower than one picture), so they are never blurred.
+function layout() {
+  const dpr = window.devicePixelRatio || 1;
+  const room = $('stage').clientWidth - 2;
+  const tall = Math.max(MAIN / dpr, window.innerHeight - 170);
+  const device = Math.floor(Math.min(room, tall) * dpr);
+  const edge = device >= MAIN ? Math.floor(device / MAIN) * MAIN : device;
+  const css = `${edge / dpr}px`;
+  for (const id of ['main', 'overlay']) Object.assign($(id).style, { width: css, height: css });
+  $('overlay').width = edge;
+  $('overlay').height = edge;
+  // The small picture at two or three times its pixels, beside the large one when there is room.
+  const nano = Math.max(1, Math.min(3, Math.floor(Math.min(room * dpr, edge * 0.7) / 127)));
+  const nanoCss = `${(nano * 127) / dpr}px`;
+  Object.assign($('nano').style, { width: nanoCss, height: nanoCss });
+  drawOverlay();
+}
+
+// ---- Panels: controls shown only where they act, the orbital's facts, statistics ----
+
+function showControls() {
+  const m = mode();
+  const o = current();
+  const dots = m === MODE.dots || m === MODE.perspective;
+  const colour = dotColour();
+  const hide = (id, hidden) => { $(id).hidden = hidden; };
+  hide('dotColours', !(dots || m === MODE.slice));
+  hide('phaseChoice', o && isAverage(o.index));
+  if ($('phaseChoice').hidden && radioValue('colour') === 'phase') setRadio('colour', 'grey');
+  hide('cameraBox', !(m === MODE.perspective || m === MODE.anaglyph));
+  hide('stereoChoice', m !== MODE.anaglyph);
+  hide('cloudBox', m !== MODE.cloud);
+  hide('outlineChoice', m === MODE.slice || (dots && colour === 'phase'));
+  hide('sliceColourChoice', dotColour() !== 'levels');
+  $('modeHelp').textContent = MODE_HELP[m];
+  $('colourHelp').textContent = m === MODE.slice
+    ? 'The small picture shows the dots; with "Probability" and "Colour the slice too" the slice takes level colours.'
+    : COLOUR_HELP[dotColour()];
+  $('viewHelp').textContent = VIEW_HELP[Number(radioValue('view'))];
+  $('sliceHelp').textContent = `${m === MODE.slice ? 'The large picture is the slice, the small one the dots.' : 'The small picture shows the slice.'} ` +
+    'A slice is coloured by level only beside a dot picture coloured by probability: the engine takes the slice\'s colours from the dot picture drawn just before it. Otherwise it is grey.';
+  $('cameraHelp').textContent = 'Distances in the engine\'s picture units (127 is the box half-width). The camera looks from its distance onto a screen at the screen distance'
+    + (m === MODE.anaglyph ? '; the eyes stand |camera − screen| ÷ divisor apart (0 is not allowed).' : '.');
+  const t = Number($('transectNo').value);
+  const axis = 'xyz'[Number($('transectDir').value)];
+  $('transectNoOut').textContent = o ? `${axis} = ${(Math.abs(t) * o.setup.AtomRadius / 127).toFixed(2)} a₀` : String(t);
+  $('nanoCaption').textContent = m === MODE.slice ? 'Dots' : `Slice across ${axis}`;
+  const view = o ? (o.view ? 'radial weighting' : 'ψ²') : '';
+  $('caption').textContent = o ? `${displayName(o.index)}, ${view}` : '';
+  const deg = (r) => Math.round((r * 180) / Math.PI);
+  $('angles').textContent = m === MODE.slice ? '' : `· turned ${deg(state.theta)}°, ${deg(state.phi)}°`;
+}
+
+async function factsOf(index) {
+  if (!state.facts.has(index)) state.facts.set(index, await engine('facts', index));
+  return state.facts.get(index);
+}
+
+async function refreshPanels() {
+  showControls();
+  const o = current();
+  if (!o) return;
+  $('infoName').textContent = displayName(o.index);
+  const f = await factsOf(o.index);
+  const average = isAverage(o.index);
+  const rows = [
+    ['n, l', `${f.n}, ${f.l} (${'spdf'[f.l]})`],
+    ['m', average ? 'all, averaged' : String(f.m)],
+    ['Nodes', `${f.radialNodes} radial (spheres), ${f.angularNodes} angular (planes or cones)`],
+    ['Energy', `${f.energyHartree.toFixed(4)} hartree = ${(f.energyHartree * EV_PER_HARTREE).toFixed(2)} eV`],
+    ['Mean distance ⟨r⟩', `${f.meanRadius.toFixed(2)} a₀ = ${(f.meanRadius * ANGSTROM_PER_BOHR).toFixed(2)} Å`],
+    ['Most likely distance', `${f.mostProbableRadius.toFixed(2)} a₀`],
+    ['Box half-width', `${o.setup.AtomRadius} a₀`],
+  ];
+  fillList($('facts'), rows);
+  await plotRadial(o.index, o.setup.AtomRadius, f);
+  const s = await engine('stats', o.handle);
+  fillList($('stats'), [['Dots drawn', `${s.DotTotal} of ${s.DotTarget} asked for`],
+    ['Pictures', String(s.FramesRendered)], ['Grid time', `${s.CalcTime} ms`],
+    ['Dot time', `${s.DotTime} ms`], ['Commonest level', String(s.Mode)]]);
+  drawHistogram(s.ProbFreqs);
+}
+
+function fillList(dl, rows) {
+  dl.replaceChildren(...rows.flatMap(([k, v]) => {
+    const dt = document.createElement('dt');
+    const dd = document.createElement('dd');
+    dt.textContent = k;
+    dd.textContent = v;
+    return [dt, dd];
+  }));
+}
+
+async function plotRadial(index, radius, f) {
+  const canvas = $('radial');
+  const ctx = canvas.getContext('2d');
+  const { width: w, height: h } = canvas;
+  const radii = Array.from({ length: 141 }, (_, i) => (i * radius) / 140);
+  const p = await engine('radialDistribution', index, radii);
+  const top = Math.max(...p) || 1;
+  const x = (r) => 6 + ((w - 12) * r) / radius;
+  const y = (v) => h - 16 - ((h - 24) * v) / top;
+  ctx.fillStyle = '#0d0f14';
+  ctx.fillRect(0, 0, w, h);
+  ctx.strokeStyle = '#6cc3ff';
+  ctx.lineWidth = 2;
+  ctx.beginPath();
+  radii.forEach((r, i) => (i ? ctx.lineTo(x(r), y(p[i])) : ctx.moveTo(x(r), y(p[i]))));
+  ctx.stroke();
+  ctx.setLineDash([4, 3]);
+  ctx.strokeStyle = '#f0b35a';
+  ctx.beginPath();
+  ctx.moveTo(x(f.meanRadius), 4);
+  ctx.lineTo(x(f.meanRadius), h - 16);
+  ctx.stroke();
+  ctx.setLineDash([]);
+  ctx.fillStyle = '#8a93a6';
+  ctx.font = '11px system-ui, sans-serif';
+  ctx.fillText('0', 4, h - 3);
+  ctx.textAlign = 'right';
+  ctx.fillText(`r = ${radius} a₀`, w - 4, h - 3);
+  ctx.textAlign = 'left';
+}
+
+function drawHistogram(freqs) {
+  const canvas = $('histogram');
+  const ctx = canvas.getContext('2d');
+  const { width: w, height: h } = canvas;
+  ctx.fillStyle = '#0d0f14';
+  ctx.fillRect(0, 0, w, h);
+  const top = Math.max(1, ...freqs.map((v) => Math.log10(1 + v)));
+  for (let p = 0; p < 256; p++) {
+    const bar = Math.round((Math.log10(1 + freqs[p]) / top) * (h - 2));
+    ctx.fillStyle = `rgb(${Math.max(60, ((255 - p) * p) / 255)}, ${Math.max(60, (p * p) / 255)}, 90)`;
+    ctx.fillRect(p, h - bar, 1, bar);
+  }
 }
 
 // ---- Orbitals ----
 
-function catalogueName(info) {
-  return info.OrbType === 'AverageOrbs' ? `⟨${info.Name}⟩` : info.Name;
-}
-
 function buildPicker() {
   const shells = $('shells');
   shells.textContent = '';
-  const letters = ['S', 'P', 'D', 'F'];
   for (let n = 1; n <= 4; n++) {
     const group = document.createElement('div');
     group.className = 'shell';
@@ -222,19 +490,16 @@ function buildPicker() {
     title.textContent = `n = ${n}`;
     const buttons = document.createElement('div');
     buttons.className = 'buttons';
-    const entries = state.catalogue.filter((o) => o.n === n);
-    entries.sort((a, b) => a.l - b.l || (a.OrbType === b.OrbType ? a.index - b.index
-      : a.OrbType === 'SingleOrb' ? -1 : 1));
+    const entries = state.catalogue.filter((o) => o.n === n)
+      .sort((a, b) => a.l - b.l || a.OrbType - b.OrbType || a.index - b.index);
     for (const info of entries) {
       const b = document.createElement('button');
       b.type = 'button';
-      const average = info.OrbType === 'AverageOrbs';
-      b.className = `orb ${average ? 'average' : 'single'}`;
-      b.textContent = catalogueName(info);
+      b.className = `orb ${info.OrbType ? 'average' : 'single'}`;
+      b.textContent = displayName(info.index);
       b.dataset.index = info.index;
-      b.title = average
-        ? `average of the ${info.n}${letters[info.l]} shell (index ${info.index})`
-        : `${info.Name}: n=${info.n}, l=${info.l}, m=${info.M} (index ${info.index})`;
+      b.title = info.OrbType ? `The average of all ${n}${'SPDF'[info.l]} orbitals`
+        : `${info.Name}: n = ${info.n}, l = ${info.l}`;
       b.addEventListener('click', () => addOrbital(info.index));
       buttons.append(b);
     }
@@ -248,246 +513,365 @@ function renderLiveList() {
   list.textContent = '';
   for (const o of state.live) {
     const li = document.createElement('li');
-    li.dataset.handle = o.handle;
-    if (o.OrbType === 'AverageOrbs') li.classList.add('average');
-    if (o.handle === state.current) li.classList.add('selected');
-    const handle = document.createElement('span');
-    handle.className = 'handle';
-    handle.textContent = `#${o.handle}`;
-    const name = document.createElement('span');
+    li.classList.toggle('selected', o.handle === state.current);
+    li.classList.toggle('average', isAverage(o.index));
+    const name = document.createElement('button');
+    name.type = 'button';
     name.className = 'name';
-    name.textContent = o.OrbType === 'AverageOrbs' ? `⟨${o.Name}⟩` : o.Name;
-    const view = document.createElement('span');
-    view.className = 'view';
-    view.textContent = `${o.setup.OrbitalViewMode} r=${o.setup.AtomRadius}`;
+    name.textContent = `${displayName(o.index)} · ${o.view ? 'radial' : 'ψ²'} · ${o.setup.AtomRadius} a₀`;
+    name.title = 'Show this orbital';
+    name.addEventListener('click', () => selectOrbital(o.handle));
     const del = document.createElement('button');
     del.type = 'button';
-    del.textContent = '×';
-    del.title = `delete orbital ${o.handle}`;
     del.className = 'delete';
-    del.addEventListener('click', (ev) => {
-      ev.stopPropagation();
-      deleteOrbital(o.handle);
-    });
-    li.append(handle, name, view, del);
-    li.addEventListener('click', () => selectOrbital(o.handle));
+    del.textContent = '×';
+    del.title = 'Remove it from the page';
+    del.addEventListener('click', () => removeOrbital(o.handle));
+    li.append(name, del);
     list.append(li);
   }
-  $('liveCount').textContent = `${state.live.length} / ${state.maxOrbitals}`;
-}
-
-async function refreshLive() {
-  state.live = await api('GET', '/api/orbitals');
-  renderLiveList();
+  $('liveCount').textContent = `${state.live.length} of ${MAX_LIVE}`;
 }
 
 function selectOrbital(handle) {
   state.current = handle;
-  const o = state.live.find((x) => x.handle === handle);
-  if (o) {
-    $('dotTarget').value = o.setup.DotTarget;
-    $('dotThreshold').value = o.setup.DotThreshold;
-    $('atomRadius').value = o.setup.AtomRadius;
-    $('statsName').textContent = `#${handle} ${o.Name}`;
-  }
+  const o = current();
+  $('dotTarget').value = o.setup.DotTarget;
+  $('dotThreshold').value = o.setup.DotThreshold;
+  $('atomRadius').value = o.setup.AtomRadius;
+  setRadio('view', o.view);
   renderLiveList();
-  renderAll();
+  showControls();
+  return draw();
 }
 
-async function addOrbital(index, overrides = {}) {
-  showMessage('Calculating…');
-  try {
-    const o = await api('POST', '/api/orbitals', {
-      OrbitalIndex: index,
-      OrbitalViewMode: $('view').value,
-      DotTarget: intValue('dotTarget'),
-      ...overrides,
-    });
-    showMessage('');
-    await refreshLive();
-    selectOrbital(o.handle);
-    return o.handle;
-  } catch (e) {
-    showMessage(e.message);
+// Adds an orbital; `replacing` is removed only once the new one exists, in its place.
+async function addOrbital(index, options = {}) {
+  const { view = Number(radioValue('view')), replacing = null, threshold = 0, target = DOT_TARGET,
+    seed = 40000 + Math.floor(Math.random() * 1e9) } = options;
+  const radius = options.radius ?? ($('sameScale').checked && state.sharedRadius
+    ? state.sharedRadius : await heldRadius(index));
+  if (replacing === null && state.live.length >= MAX_LIVE) {
+    say(`At most ${MAX_LIVE} orbitals fit on the page: remove one first (×).`);
     return null;
   }
+  say('Calculating…');
+  state.busy = true;
+  const started = performance.now();
+  let added;
+  try {
+    added = await engine('add', { OrbitalIndex: index, OrbitalViewMode: view, AtomRadius: radius,
+      DotThreshold: threshold, DotTarget: target }, seed);
+  } catch (e) {
+    explain(e, `${displayName(index)} could not be calculated with these settings.`);
+    state.busy = drawing !== null;
+    return null;
+  }
+  state.timings.adds.push(performance.now() - started);
+  const o = { handle: added.handle, index, view, seed, setup: added.setup };
+  const at = state.live.findIndex((x) => x.handle === replacing);
+  if (at >= 0) {
+    state.live.splice(at, 1, o);
+    await engine('remove', replacing).catch(() => {});
+  } else {
+    state.live.push(o);
+  }
+  say('');
+  await selectOrbital(o.handle);
+  return o.handle;
 }
 
-async function deleteOrbital(handle) {
+async function removeOrbital(handle) {
   try {
-    await api('DELETE', `/api/orbitals/${handle}`);
+    await engine('remove', handle);
   } catch (e) {
-    showMessage(e.message);
+    explain(e, 'The orbital could not be removed.');
+    return;
   }
-  await refreshLive();
+  state.live = state.live.filter((o) => o.handle !== handle);
   if (state.current === handle) {
     state.current = null;
-    clearCanvas($('main'));
-    clearCanvas($('nano'));
-    clearStats();
-    if (state.live.length) selectOrbital(state.live[state.live.length - 1].handle);
+    for (const id of ['main', 'nano']) $(id).getContext('2d').clearRect(0, 0, MAIN, MAIN);
+    drawOverlay();
+    if (state.live.length) await selectOrbital(state.live[state.live.length - 1].handle);
   }
+  renderLiveList();
+  showControls();
+}
+
+// The same orbital again with another view or box: checked first, replaced only on success.
+function redo(changes) {
+  const o = current();
+  if (!o) return null;
+  return addOrbital(o.index, { view: o.view, radius: o.setup.AtomRadius, seed: o.seed,
+    threshold: o.setup.DotThreshold, target: o.setup.DotTarget, ...changes, replacing: o.handle });
 }
 
 async function refill() {
-  if (state.current === null) return;
+  const o = current();
+  const target = whole('dotTarget', 1, 32767, 'The number of dots');
+  const threshold = target === null ? null : whole('dotThreshold', 0, 254, 'The level left out');
+  if (!o || threshold === null) return;
   try {
-    const stats = await api('POST', `/api/orbitals/${state.current}/refill`, {
-      Threshold: intValue('dotThreshold'), Target: intValue('dotTarget'),
-    });
-    showStats(stats);
-    await refreshLive();
-    renderAll();
+    const r = await engine('refill', o.handle, threshold, target);
+    o.setup = r.setup;
+    if (r.stats.DotTotal === 0) say('No grid point is above that level: the old dots stay.');
+    await draw();
   } catch (e) {
-    showMessage(e.message);
+    explain(e, 'The dots could not be drawn again.');
   }
 }
 
-// A new radius needs a new grid: the orbital is added again and the old one deleted.
-async function readd() {
-  if (state.current === null) return;
-  const old = state.live.find((x) => x.handle === state.current);
-  if (!old) return;
-  try {
-    await api('DELETE', `/api/orbitals/${old.handle}`);
-  } catch (e) {
-    showMessage(e.message);
+async function resize() {
+  const radius = whole('atomRadius', 1, 200, 'The box half-width');
+  if (radius !== null) await redo({ radius });
+}
+
+async function sameScaleChanged() {
+  for (const o of [...state.live]) {
+    const radius = $('sameScale').checked ? state.sharedRadius : await heldRadius(o.index);
+    if (radius === o.setup.AtomRadius) continue;
+    state.current = o.handle;
+    await redo({ radius });
+  }
+  await draw();
+}
+
+// ---- Turning: pointer (mouse, pen, touch), keys, fixed views ----
+
+function setupDrag() {
+  const canvas = $('main');
+  let last = null;
+  canvas.addEventListener('pointerdown', (ev) => {
+    canvas.setPointerCapture(ev.pointerId);
+    last = { x: ev.clientX, y: ev.clientY };
+    canvas.classList.add('dragging');
+  });
+  canvas.addEventListener('pointermove', (ev) => {
+    if (!last) return;
+    // A point at the edge of the box follows the finger: the box half-width (127 engine
+    // pixels) on screen is one radian.
+    const radius = (canvas.getBoundingClientRect().width * 127) / MAIN;
+    state.phi += (ev.clientX - last.x) / radius;
+    state.theta += (ev.clientY - last.y) / radius;
+    last = { x: ev.clientX, y: ev.clientY };
+    showControls();
+    drawOverlay();
+    draw(true);
+  });
+  const end = () => {
+    if (!last) return;
+    last = null;
+    canvas.classList.remove('dragging');
+    draw();
+  };
+  canvas.addEventListener('pointerup', end);
+  canvas.addEventListener('pointercancel', end);
+}
+
+function look(theta, phi) {
+  state.theta = theta;
+  state.phi = phi;
+  showControls();
+  draw();
+}
+
+function onKey(ev) {
+  const t = ev.target;
+  if (t !== $('main') && t !== document.body && !(t instanceof HTMLButtonElement)) return;
+  const turns = { ArrowLeft: [0, -1], ArrowRight: [0, 1], ArrowUp: [-1, 0], ArrowDown: [1, 0] }[ev.key];
+  const layer = { '+': 1, '=': 1, '-': -1, _: -1 }[ev.key];
+  if (turns) {
+    state.theta += turns[0] * KEY_STEP;
+    state.phi += turns[1] * KEY_STEP;
+  } else if (layer) {
+    const input = $('transectNo');
+    input.value = String(Math.max(-127, Math.min(127, Number(input.value) + layer)));
+  } else {
     return;
   }
-  state.current = null;
-  await addOrbital(old.setup.OrbitalIndex, {
-    OrbitalViewMode: old.setup.OrbitalViewMode,
-    AtomRadius: intValue('atomRadius'),
-    DotThreshold: intValue('dotThreshold'),
-    DotTarget: intValue('dotTarget'),
-  });
+  ev.preventDefault();
+  showControls();
+  draw();
 }
 
-// ---- Statistics ----
+// ---- Saving and sharing ----
 
-function clearStats() {
-  for (const id of ['statFrames', 'statDots', 'statTarget', 'statCalcTime', 'statCalcRate',
-    'statDotTime', 'statSamples', 'statMode']) $(id).textContent = '–';
-  $('statsName').textContent = '';
-  clearCanvas($('histogram'));
-  state.lastStats = null;
+function savePng() {
+  const out = document.createElement('canvas');
+  out.width = $('overlay').width;
+  out.height = out.width;
+  const ctx = out.getContext('2d');
+  ctx.imageSmoothingEnabled = false;
+  ctx.drawImage($('main'), 0, 0, out.width, out.height);
+  ctx.drawImage($('overlay'), 0, 0);
+  const o = current();
+  const a = document.createElement('a');
+  const name = o ? `${isAverage(o.index) ? 'average-' : ''}${state.catalogue[o.index].Name}` : 'orbital';
+  a.download = `${name}${o && o.view ? '-radial' : ''}.png`;
+  a.href = out.toDataURL('image/png');
+  a.click();
 }
 
-async function refreshStats() {
-  if (state.current === null) return;
-  try {
-    showStats(await api('GET', `/api/orbitals/${state.current}/stats`));
-  } catch (e) {
-    showMessage(e.message);
+const LINK_INPUTS = { d: 'transectDir', n: 'transectNo', cam: 'cameraPos', pl: 'projectionPlane',
+  st: 'stereoFactor', q: 'volQuality' };
+
+function linkState() {
+  const o = current();
+  const p = new URLSearchParams();
+  if (o) {
+    p.set('o', o.index);
+    p.set('v', o.view);
+    p.set('seed', o.seed);
+    p.set('r', o.setup.AtomRadius);
+    p.set('k', o.setup.DotTarget);
+    p.set('h', o.setup.DotThreshold);
   }
+  p.set('m', mode());
+  p.set('c', radioValue('colour'));
+  p.set('t', String(state.theta));
+  p.set('p', String(state.phi));
+  for (const [key, id] of Object.entries(LINK_INPUTS)) p.set(key, $(id).value);
+  p.set('tr', $('transector').checked ? 1 : 0);
+  p.set('sc', $('sliceColour').checked ? 1 : 0);
+  p.set('same', $('sameScale').checked ? 1 : 0);
+  return p;
 }
 
-function showStats(s) {
-  state.lastStats = s;
-  const n = (v) => v.toLocaleString('en');
-  $('statFrames').textContent = n(s.FramesRendered);
-  $('statDots').textContent = n(s.DotTotal);
-  $('statTarget').textContent = n(s.DotTarget);
-  $('statCalcTime').textContent = `${n(s.CalcTime)} ms`;
-  $('statCalcRate').textContent = `${n(s.CalcRate)} /ms`;
-  $('statDotTime').textContent = `${n(s.DotTime)} ms`;
-  $('statSamples').textContent = n(s.TotalSamples);
-  $('statMode').textContent = s.Mode;
-  drawHistogram(s.ProbFreqs);
+function updateLink() {
+  const url = `${location.origin}${location.pathname}#${linkState()}`;
+  history.replaceState(null, '', url);
+  $('link').value = url;
 }
 
-// One bar per probability level, coloured like the level scheme of the pictures.
-function drawHistogram(freqs) {
-  const canvas = $('histogram');
-  const ctx = canvas.getContext('2d');
-  const w = canvas.width;
-  const h = canvas.height;
-  ctx.fillStyle = '#0d0f14';
-  ctx.fillRect(0, 0, w, h);
-  const log = checked('logScale');
-  const scale = (v) => (log ? Math.log10(1 + v) : v);
-  const top = Math.max(1, ...freqs.map(scale));
-  for (let p = 0; p < 256; p++) {
-    const bar = Math.round((scale(freqs[p]) / top) * (h - 2));
-    if (bar <= 0) continue;
-    const g = Math.floor((p * p) / 255);
-    const r = Math.floor(((255 - p) * p) / 255);
-    ctx.fillStyle = `rgb(${Math.max(r, 60)}, ${Math.max(g, 60)}, 90)`;
-    ctx.fillRect((p * w) / 256, h - bar, Math.max(1, w / 256), bar);
+// Restores the settings a link carries, each checked; returns the orbital to add (or null).
+function readLink() {
+  const p = new URLSearchParams(location.hash.slice(1));
+  const num = (key, lo, hi) => {
+    const v = Number(p.get(key));
+    return p.has(key) && Number.isFinite(v) && v >= lo && v <= hi ? v : null;
+  };
+  const int = (key, lo, hi) => {
+    const v = num(key, lo, hi);
+    return v !== null && Number.isInteger(v) ? v : null;
+  };
+  if (int('m', 0, 4) !== null) setRadio('mode', int('m', 0, 4));
+  if (['grey', 'levels', 'phase'].includes(p.get('c'))) setRadio('colour', p.get('c'));
+  if (num('t', -1e6, 1e6) !== null) state.theta = num('t', -1e6, 1e6);
+  if (num('p', -1e6, 1e6) !== null) state.phi = num('p', -1e6, 1e6);
+  const ranges = { d: [0, 2], n: [-127, 127], cam: [-32768, 32767], pl: [-32768, 32767],
+    st: [-32768, 32767], q: [5, 10] };
+  for (const [key, id] of Object.entries(LINK_INPUTS)) {
+    const v = int(key, ...ranges[key]);
+    if (v !== null) $(id).value = String(v);
   }
-}
-
-// ---- About ----
-
-async function showAbout() {
-  try {
-    const box = await api('GET', '/api/about');
-    $('aboutCaption').textContent = box.Caption;
-    $('aboutFrame').textContent = box.FrameCaption;
-    $('aboutLabel').textContent = box.Label;
-    $('aboutYears').textContent = box.YearsLabel;
-    $('about').showModal();
-  } catch (e) {
-    showMessage(e.message);
+  for (const [key, id] of [['tr', 'transector'], ['sc', 'sliceColour'], ['same', 'sameScale']]) {
+    if (p.has(key)) $(id).checked = p.get(key) === '1';
   }
-}
-
-// ---- Timing, for the tests and the curious: median round trip of n frames ----
-
-async function measureFrames(requestOf, n) {
-  const times = [];
-  for (let i = 0; i < n; i++) {
-    const started = performance.now();
-    const frame = await fetchFrame(state.current, requestOf(i));
-    drawFrame($('main'), frame);
-    times.push(performance.now() - started);
-  }
-  times.sort((a, b) => a - b);
-  return times[Math.floor(times.length / 2)];
+  const index = int('o', 0, 39);
+  if (index === null) return null;
+  const view = int('v', 0, 1) ?? 0;
+  setRadio('view', view);
+  return { index, view, seed: int('seed', 32768, 2 ** 31 - 1) ?? undefined,
+    radius: int('r', 1, 200) ?? undefined, target: int('k', 1, 32767) ?? undefined,
+    threshold: int('h', 0, 254) ?? undefined };
 }
 
 // ---- Start ----
 
 function wireControls() {
-  for (const radio of document.querySelectorAll('input[name=mode]')) {
-    radio.addEventListener('change', renderAll);
+  for (const input of document.querySelectorAll('input[name=mode], input[name=colour]')) {
+    input.addEventListener('change', () => { showControls(); draw(); });
   }
-  for (const id of ['transectDir', 'transector', 'colouredTransector', 'probDots', 'probTrans',
-    'cameraPos', 'projectionPlane', 'stereoFactor', 'volQuality', 'nanoMode']) {
-    $(id).addEventListener('change', renderAll);
+  for (const input of document.querySelectorAll('input[name=view]')) {
+    input.addEventListener('change', () => redo({ view: Number(radioValue('view')) }));
   }
-  $('transectNo').addEventListener('input', () => {
-    $('transectNoOut').textContent = $('transectNo').value;
-    renderAll();
-  });
+  for (const id of ['transectDir', 'transector', 'sliceColour', 'cameraPos', 'projectionPlane',
+    'stereoFactor', 'volQuality']) {
+    $(id).addEventListener('change', () => { showControls(); draw(); });
+  }
+  $('transectNo').addEventListener('input', () => { showControls(); draw(); });
   $('refill').addEventListener('click', refill);
-  $('readd').addEventListener('click', readd);
-  $('aboutButton').addEventListener('click', showAbout);
-  $('logScale').addEventListener('change', () => {
-    if (state.lastStats) drawHistogram(state.lastStats.ProbFreqs);
+  $('resize').addEventListener('click', resize);
+  $('sameScale').addEventListener('change', sameScaleChanged);
+  $('reset').addEventListener('click', () => look(START_THETA, START_PHI));
+  const along = { x: [0, Math.PI / 2], y: [0, 0], z: [-Math.PI / 2, 0] };
+  for (const b of document.querySelectorAll('[data-look]')) {
+    b.addEventListener('click', () => look(...along[b.dataset.look]));
+  }
+  $('savePng').addEventListener('click', savePng);
+  $('copyLink').addEventListener('click', async () => {
+    updateLink();
+    $('link').select();
+    try {
+      await navigator.clipboard.writeText($('link').value);
+      say('The link is copied: it opens this page as you see it now.');
+    } catch {
+      say('Copy the selected link below: it opens this page as you see it now.');
+    }
   });
+  $('aboutButton').addEventListener('click', () => $('about').showModal());
+  document.addEventListener('keydown', onKey);
+  window.addEventListener('resize', layout);
   setupDrag();
+}
+
+// The page's box for an orbital: where its cumulative radial distribution reaches HELD_SHARE,
+// so the whole orbital, outer lobes included, is drawn.
+async function heldRadius(index) {
+  if (state.heldRadius[index]) return state.heldRadius[index];
+  const step = 0.25;
+  const radii = Array.from({ length: 401 }, (_, i) => i * step);
+  const p = await engine('radialDistribution', index, radii);
+  let sum = 0;
+  let held = radii[radii.length - 1];
+  for (let i = 1; i < p.length; i++) {
+    sum += ((p[i - 1] + p[i]) / 2) * step;
+    if (sum >= HELD_SHARE) {
+      held = radii[i];
+      break;
+    }
+  }
+  state.heldRadius[index] = Math.ceil(held);
+  return state.heldRadius[index];
+}
+
+// Every orbital's box, and the one box that holds them all ("same scale").
+async function allHeldRadii() {
+  for (const info of state.catalogue) await heldRadius(info.index);
+  state.sharedRadius = Math.max(...state.heldRadius);
 }
 
 async function start() {
   wireControls();
-  clearCanvas($('main'));
-  clearCanvas($('nano'));
-  clearCanvas($('histogram'));
-  showAngles();
   try {
-    const [catalogue, info] = await Promise.all([api('GET', '/api/catalogue'),
-      api('GET', '/api/info')]);
-    state.catalogue = catalogue;
-    state.maxOrbitals = info.maxOrbitals;
-    buildPicker();
-    await refreshLive();
-    if (state.live.length) selectOrbital(state.live[0].handle);
-    document.body.dataset.ready = 'true';
+    const started = await engine('start');
+    state.catalogue = started.catalogue;
+    state.defaults = started.defaults;
+    $('aboutCaption').textContent = started.about.Caption;
+    $('aboutFrame').textContent = started.about.FrameCaption;
+    $('aboutLabel').textContent = started.about.Label;
+    $('aboutYears').textContent = started.about.YearsLabel;
   } catch (e) {
-    showMessage(`The server did not answer: ${e.message}`);
+    explain(e, 'The engine could not be loaded.');
+    return;
   }
+  const d = state.defaults;
+  $('cameraPos').value = d.CameraPos;
+  $('projectionPlane').value = d.ProjectionPlane;
+  $('stereoFactor').value = d.StereoFactor;
+  $('volQuality').value = String(d.VolQuality);
+  setRadio('colour', 'phase');
+  buildPicker();
+  const linked = readLink();
+  layout();
+  const index = linked ? linked.index : START_ORBITAL;
+  if ($('sameScale').checked) await allHeldRadii();
+  else await heldRadius(index);
+  await addOrbital(index, linked || {});
+  await allHeldRadii();
+  document.body.dataset.ready = 'true';
 }
 
-window.veltara = { state, addOrbital, selectOrbital, measureFrames, mainRequest, renderAll };
+window.veltara = { state, draw, addOrbital, look };
 start();
