@@ -55,6 +55,7 @@ test-python: setup build/release/build.ninja
 # The tree's own rules: no include runs upwards, every C/C++ file in the house format.
 check: setup
 	python3 scripts/check_layers
+	bash scripts/check_test_ratio
 	clang-format --dry-run --Werror $$(git ls-files '*.h' '*.cpp' '*.c')
 
 # The suite runs twice: optimised, then under AddressSanitizer and UndefinedBehaviorSanitizer.
