@@ -20,17 +20,6 @@ int ResolveArgument(const Session& session, const std::string& text, int& index)
     return kExitOk;
 }
 
-int AddOrbital(Session& session, const OrbitalOptions& options, int index, int16_t& slot,
-               vt_OrbitalSetup& setup) {
-    const vt_OrbInfo& info = session.catalogue.entries[static_cast<size_t>(index)];
-    if (const int rc = MakeSetup(options, info, index, setup)) return rc;
-    if (const int32_t rc = vt_add(session.engine.get(), &setup, &slot)) {
-        return EngineError(rc, "adding " + CommandName(info) + " (" + options.view + ", radius " +
-                                   std::to_string(setup.AtomRadius) + ")");
-    }
-    return kExitOk;
-}
-
 int RenderPicture(Session& session, int16_t slot, const vt_RenderRequest& request,
                   const std::string& what, RgbImage& picture) {
     vt_RenderDCinfo dc{};

@@ -25,11 +25,6 @@ int OpenSession(Session& session);
 /// The catalogue index of an orbital argument. kExitOk or kExitUsage with a message.
 int ResolveArgument(const Session& session, const std::string& text, int& index);
 
-/// Adds catalogue entry `index` with the options' setup. slot (out): the orbital's handle.
-/// kExitOk, kExitUsage or kExitEngine with a message.
-int AddOrbital(Session& session, const OrbitalOptions& options, int index, int16_t& slot,
-               vt_OrbitalSetup& setup);
-
 /// Renders one picture of the orbital in `slot` and reads it back from its surface.
 int RenderPicture(Session& session, int16_t slot, const vt_RenderRequest& request,
                   const std::string& what, RgbImage& picture);

@@ -3,52 +3,19 @@
 #include <cmath>
 #include <cstdint>
 
+#include "render/dot_projection.h"
 #include "render/orbital_renderer.h"
 #include "support/convert.h"
 
 namespace veltara {
 
-namespace {
-
-/// modMaths::ProjectOntoPlane for cameras on the line Z = 0, Y = camY, with the work shared by
-/// every dot of a frame (and by both eyes of an anaglyph) hoisted out: the same arithmetic
-/// step for step, so the same pixels. Scale gives the single-precision T of a point at `depth`,
-/// or false when the projection would not write its result (depth 0..1 from the camera).
-struct PlaneProjection {
-    double camY;
-    double num;  // plane - camera, a 32-bit whole number
-
-    PlaneProjection(int32_t cameraY, int16_t planeY) : camY(cameraY), num(Sub32(planeY, cameraY)) {}
-
-    bool Scale(double depth, double& t) const {
-        const double dY = CheckFinite(depth - camY);
-        if (Int(dY) == 0.0) return false;
-        const float tf = static_cast<float>(Divide(num, dY));
-        t = CheckFinite(static_cast<double>(tf));
-        return true;
-    }
-    static int32_t Place(double v, double cam, double t) {
-        return ToInt32(CheckFinite(CheckFinite(v - cam) * t) + cam);
-    }
-};
-
-}  // namespace
-
 void OrbitalRenderer::RenderDots() {
-    // The view transform, once per frame. A non-finite angle has no cosine.
-    const double cT = CheckFinite(std::cos(mReq.Theta));
-    const double sT = CheckFinite(std::sin(mReq.Theta));
-    const double cP = CheckFinite(std::cos(mReq.Phi));
-    const double sP = CheckFinite(std::sin(mReq.Phi));
-    const double cTcP = cT * cP;
-    const double sTsP = sT * sP;
-    const double sTcP = sT * cP;
-    const double cTsP = cT * sP;
+    // The view transform, once per frame.
+    DotProjection view(mReq, mDotDepthScale);
 
     // Only the two picture sizes are drawn; any other size leaves every pixel and handle as
     // it was.
     if (!IsPictureSize(mReq.Size)) return;
-    const bool nano = !IsMainSize(mReq.Size);
 
     // A clean pixel array of the frame's size: centre 187 and offsets up to 187 on Main, 63
     // and 63 on Nano.
@@ -59,12 +26,11 @@ void OrbitalRenderer::RenderDots() {
 
     const RenderMode mode = mReq.Mode;
     const bool anaglyph = mode == RenderMode::Anaglyph;
-    const bool perspective = mode == RenderMode::Perspective;
     // A mode value outside the enumeration places and writes no dot: the frame stays black
     // but for the transector.
-    const bool drawsDots = anaglyph || perspective || mode == RenderMode::Orthographic;
+    const bool drawsDots =
+        anaglyph || mode == RenderMode::Perspective || mode == RenderMode::Orthographic;
     const bool levels = mReq.ShowProbLevelOnDots != kFalse;
-    const double depthScale = mDotDepthScale;
     RGBA* const pixels = frame.Data();
     const int32_t stride = frame.Cols();
 
@@ -78,11 +44,8 @@ void OrbitalRenderer::RenderDots() {
         eyeOne = e;
         eyeTwo = Neg32(e);
     }
-    const PlaneProjection projection(mReq.CameraPos, mReq.ProjectionPlane);
-    // A point that the projection does not write (depth 0..1 in front of the camera) is drawn
-    // where the previous dot landed. Intended: it costs one misplaced dot at most and keeps
-    // the projection free of a special case; the first such dot lands at the centre.
-    COORDlong projected{};
+    // Like one camera's dots, an eye's dot that the projection does not write is drawn where
+    // the previous one landed.
     COORDlong projectedOne{};
     COORDlong projectedTwo{};
     double t = 0;
@@ -100,21 +63,14 @@ void OrbitalRenderer::RenderDots() {
     const PointArray* const dots = mDots.data();
     for (int64_t i = 0; i <= last; ++i) {
         const PointArray& dot = dots[i];
-        const double x = dot.X;
-        const double y = dot.Y;
-        const double z = dot.Z;
-        const double xr = z * sTsP + x * cP + y * cTsP;
-        const double zr = z * cT - y * sT;
-        const double d = z * sTcP - sP * x + y * cTcP;
-        // Nearer dots (smaller depth) are brighter.
-        const double shade = 128.0 - d * depthScale;
+        const TurnedDot turned = view.Turn(dot);
+        const double shade = turned.shade;
 
         if (anaglyph) {
             const uint8_t s = ToByte(shade);
-            COORDdouble p{xr, d, zr};
-            if (nano) p = {xr / 2.0, d / 2.0, zr / 2.0};
+            const COORDdouble p = view.OnPicture(turned);
             // Both eyes share the camera's depth, so they share T and the row.
-            if (projection.Scale(p.Y, t)) {
+            if (view.Plane().Scale(p.Y, t)) {
                 projectedOne.X = PlaneProjection::Place(p.X, eyeOne, t);
                 projectedOne.Z = PlaneProjection::Place(p.Z, 0.0, t);
                 projectedTwo.X = PlaneProjection::Place(p.X, eyeTwo, t);
@@ -134,23 +90,7 @@ void OrbitalRenderer::RenderDots() {
 
         int32_t col;
         int32_t row;
-        if (perspective) {
-            COORDdouble p{xr, d, zr};
-            if (nano) p = {xr / 2.0, d / 2.0, zr / 2.0};
-            if (projection.Scale(p.Y, t)) {
-                projected.X = PlaneProjection::Place(p.X, 0.0, t);
-                projected.Z = PlaneProjection::Place(p.Z, 0.0, t);
-            }
-            col = projected.X;
-            row = projected.Z;
-        } else {
-            col = static_cast<int32_t>(std::floor(xr));
-            row = static_cast<int32_t>(std::floor(zr));
-            if (nano) {
-                col /= 2;  // remainder dropped, towards zero
-                row /= 2;
-            }
-        }
+        view.Place(turned, col, row);
         if (!accepted(col, row)) continue;
 
         // Pixels combine by OR, never by replacement or addition: overlapping dots saturate

@@ -3,36 +3,23 @@
 
 #include <cmath>
 
+#include "render/dot_projection.h"
 #include "support/convert.h"
 #include "support/error.h"
-#include "support/modMaths.h"
 
 namespace vtweb {
 
-using veltara::COORDdouble;
-using veltara::COORDlong;
 using veltara::PointArray;
 using veltara::RGBA;
 
 std::vector<RGBA> PhaseDots(const std::vector<PointArray>& dots, const std::vector<bool>& positive,
                             const veltara::RenderRequest& req, PhaseColour positiveColour,
                             PhaseColour negativeColour) {
-    // The view transform of the engine's dot picture.
-    const double cT = veltara::CheckFinite(std::cos(req.Theta));
-    const double sT = veltara::CheckFinite(std::sin(req.Theta));
-    const double cP = veltara::CheckFinite(std::cos(req.Phi));
-    const double sP = veltara::CheckFinite(std::sin(req.Phi));
-    const double cTcP = cT * cP;
-    const double sTsP = sT * sP;
-    const double sTcP = sT * cP;
-    const double cTsP = cT * sP;
-
     const int32_t size = static_cast<int32_t>(req.Size);
     if (size != 375 && size != 128) return {};
     const bool nano = size == 128;
     const int32_t edge = nano ? 127 : 375;
     const int32_t centre = nano ? 63 : 187;
-    const bool perspective = req.Mode == veltara::RenderMode::Perspective;
 
     // The depth scale the dot fill gives the same cloud: the farthest dot at offset 127.
     double maxR2 = 0.0;
@@ -46,38 +33,15 @@ std::vector<RGBA> PhaseDots(const std::vector<PointArray>& dots, const std::vect
 
     // Columns and rows as the engine's pixel array holds them: row 0 at the bottom.
     std::vector<RGBA> pixels(static_cast<size_t>(edge) * edge);
-    const COORDlong camera{0, req.CameraPos, 0};
-    COORDlong projected{};
+    veltara::DotProjection view(req, depthScale);
     for (size_t i = 0; i < dots.size(); ++i) {
-        const double x = dots[i].X;
-        const double y = dots[i].Y;
-        const double z = dots[i].Z;
-        const double xr = z * sTsP + x * cP + y * cTsP;
-        const double zr = z * cT - y * sT;
-        const double d = z * sTcP - sP * x + y * cTcP;
-        const double shade = 128.0 - d * depthScale;
-
+        const veltara::TurnedDot turned = view.Turn(dots[i]);
         int32_t col;
         int32_t row;
-        if (perspective) {
-            COORDdouble p{xr, d, zr};
-            if (nano) p = {xr / 2.0, d / 2.0, zr / 2.0};
-            // A point the projection leaves unwritten lands where the previous one did, as in
-            // the engine's picture.
-            veltara::modMaths::ProjectOntoPlane(camera, p, projected, req.ProjectionPlane);
-            col = projected.X;
-            row = projected.Z;
-        } else {
-            col = static_cast<int32_t>(std::floor(xr));
-            row = static_cast<int32_t>(std::floor(zr));
-            if (nano) {
-                col /= 2;
-                row /= 2;
-            }
-        }
+        view.Place(turned, col, row);
         if (col < -centre || col > centre || row < -centre || row > centre) continue;
 
-        const int32_t s = veltara::ToByte(shade);
+        const int32_t s = veltara::ToByte(turned.shade);
         const PhaseColour& c = positive[i] ? positiveColour : negativeColour;
         RGBA& px = pixels[static_cast<size_t>(centre + row) * edge + (centre + col)];
         px.R = static_cast<uint8_t>(px.R | (c.R * s / 255));
