@@ -112,9 +112,10 @@ ApiError CheckRequest(const httplib::Request& req, const std::vector<std::string
                                   " may not change this server's orbitals");
             }
         }
-        const bool hasBody = m == "POST" || chunked || length > 0;
-        if (hasBody && MediaType(req.get_header_value("Content-Type")) != "application/json") {
-            return Refuse(415, 13, "the body must be sent as Content-Type: application/json");
+        // A type that a page of another site cannot send without the server's consent, on
+        // every change, with a body or not.
+        if (MediaType(req.get_header_value("Content-Type")) != "application/json") {
+            return Refuse(415, 13, "a change must be sent as Content-Type: application/json");
         }
     }
     return {};

@@ -75,8 +75,9 @@ class Client {
         httplib::Headers headers;
         if (!mCookie.empty()) headers.emplace("Cookie", mCookie);
         httplib::Result r = method == "POST" ? mHttp.Post(path, headers, body, "application/json")
-                            : method == "DELETE" ? mHttp.Delete(path, headers)
-                                                 : mHttp.Get(path, headers);
+                            : method == "DELETE"
+                                ? mHttp.Delete(path, headers, "", "application/json")
+                                : mHttp.Get(path, headers);
         if (r && r->has_header("Set-Cookie")) {
             const std::string set = r->get_header_value("Set-Cookie");
             mCookie = set.substr(0, set.find(';'));
@@ -150,6 +151,7 @@ TEST(ServeApi, BadAndHostileRequestsGetTheirStatusAndTheServerStaysUp) {
          415},
         {"a DELETE from another site",
          "DELETE /api/orbitals/0 HTTP/1.1\r\n" + host + "Origin: http://127.0.0.1:1\r\n\r\n", 403},
+        {"a DELETE not declared JSON", "DELETE /api/orbitals/0 HTTP/1.1\r\n" + host + "\r\n", 415},
         {"a 64 MiB chunked body",
          "POST /api/orbitals HTTP/1.1\r\n" + host + typeJson + "Transfer-Encoding: chunked\r\n\r\n",
          413, 1024},
