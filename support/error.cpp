@@ -28,6 +28,11 @@ const char* ErrorText(int32_t number) noexcept {
 
 Error::Error(int32_t number) : std::runtime_error(ErrorText(number)), mNumber(number) {}
 
+Error::Error(int32_t number, const std::string& detail)
+    : std::runtime_error(detail), mNumber(number), mDetail(detail) {}
+
 void Raise(int32_t number) { throw Error(number); }
+
+void Raise(int32_t number, const std::string& detail) { throw Error(number, detail); }
 
 }  // namespace veltara

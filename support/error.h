@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <stdexcept>
+#include <string>
 
 namespace veltara {
 
@@ -20,17 +21,27 @@ enum ErrorNumber : int32_t {
 /// The message of an error number; "Unknown error" for a number the engine never raises.
 const char* ErrorText(int32_t number) noexcept;
 
-/// An engine failure carrying its number; what() is the number's message.
+/// An engine failure carrying its number. what() is the number's message, or for a refused
+/// input the plain sentence naming the field and its allowed range (`detail`, which then
+/// stands in for the message).
 class Error : public std::runtime_error {
   public:
     explicit Error(int32_t number);
+    Error(int32_t number, const std::string& detail);
     int32_t number() const noexcept { return mNumber; }
+    /// The sentence about the refused input; empty for an error that has none.
+    const std::string& detail() const noexcept { return mDetail; }
 
   private:
     int32_t mNumber;
+    std::string mDetail;
 };
 
 /// Raises error `number`.
 [[noreturn]] void Raise(int32_t number);
+
+/// Raises error `number` with a sentence saying what was refused and what is allowed, for
+/// example "n must be a whole number from 1 to 30 (got 31)".
+[[noreturn]] void Raise(int32_t number, const std::string& detail);
 
 }  // namespace veltara
