@@ -66,7 +66,7 @@ void OrbitalRenderer::RenderDots(const RenderRequest& req) {
         const double shade = turned.shade;
 
         if (anaglyph) {
-            const uint8_t s = ToByte(shade);
+            const uint8_t s = NarrowByte(RoundShade(shade));
             const COORDdouble p = view.OnPicture(turned);
             // Both eyes share the camera's depth, so they share T and the row.
             if (view.Plane().Scale(p.Y, t)) {
@@ -96,12 +96,12 @@ void OrbitalRenderer::RenderDots(const RenderRequest& req) {
         // towards the brighter bits. Intended; the look of dense regions depends on it.
         RGBA& px = pixelAt(col, row);
         if (levels) {
-            const int32_t s = ToInt32(shade);
+            const int32_t s = RoundShade(shade);
             const int32_t p = dot.P;
             px.G = NarrowByte(px.G | (Mul32(p, s) / 255));
             px.R = NarrowByte(px.R | (Mul32(255 - p, s) / 255));
         } else {
-            const uint8_t v = static_cast<uint8_t>(px.G | ToByte(shade));
+            const uint8_t v = static_cast<uint8_t>(px.G | NarrowByte(RoundShade(shade)));
             px.B = v;
             px.G = v;
             px.R = v;
