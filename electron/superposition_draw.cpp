@@ -12,10 +12,10 @@ namespace veltara {
 namespace fn = sample_elementary;
 
 SuperpositionDraw::SuperpositionDraw(const Superposition& s, double t, SampleWeight weight) {
-    const std::vector<Term>& terms = s.Terms();
+    const std::vector<veltara::Term>& terms = s.Terms();
     const double e1 = StateEnergy(terms.front().state);
     double total = 0;
-    for (const Term& term : terms) {
+    for (const veltara::Term& term : terms) {
         const State& st = term.state;
         const double angle = -(StateEnergy(st) - e1) * t;
         const std::complex<double> clock(fn::Cos(angle), fn::Sin(angle));
