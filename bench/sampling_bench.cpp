@@ -39,7 +39,8 @@ void BM_SampleSuperposition(benchmark::State& st) {
     constexpr size_t kCount = 100000;
     std::vector<double> xyz(3 * kCount), phase(kCount);
     uint64_t seed = 1;
-    for (auto _ : st) Sample(s, 1.5, seed++, kCount, SampleWeight::Density, xyz.data(), phase.data());
+    for (auto _ : st)
+        Sample(s, 1.5, seed++, kCount, SampleWeight::Density, xyz.data(), phase.data());
     st.SetItemsProcessed(static_cast<int64_t>(st.iterations() * kCount));
 }
 BENCHMARK(BM_SampleSuperposition)->Unit(benchmark::kMillisecond);
@@ -48,7 +49,8 @@ BENCHMARK(BM_SampleSuperposition)->Unit(benchmark::kMillisecond);
 void BM_BoundarySurface(benchmark::State& st) {
     const auto s = One(static_cast<int32_t>(st.range(0)), static_cast<int32_t>(st.range(1)),
                        static_cast<int32_t>(st.range(2)));
-    for (auto _ : st) benchmark::DoNotOptimize(BoundarySurface(s, 0, 0.9, static_cast<int32_t>(st.range(3))));
+    for (auto _ : st)
+        benchmark::DoNotOptimize(BoundarySurface(s, 0, 0.9, static_cast<int32_t>(st.range(3))));
 }
 BENCHMARK(BM_BoundarySurface)
     ->Args({1, 0, 0, 64})

@@ -22,11 +22,11 @@ SuperpositionDraw::SuperpositionDraw(const Superposition& s, double t, SampleWei
         TermDraw draw(st, weight);
         const double w = std::norm(term.c);
         total += w * draw.ViewMass();
-        mTerms.push_back(Part{std::move(draw), RadialFunction(st.n, st.l, st.Z),
-                              AngularFunction(st.shellAverage ? 0 : st.l,
-                                              st.shellAverage ? 0 : st.m,
-                                              st.basis == Basis::Complex),
-                              term.c * clock, w, total});
+        mTerms.push_back(
+            Part{std::move(draw), RadialFunction(st.n, st.l, st.Z),
+                 AngularFunction(st.shellAverage ? 0 : st.l, st.shellAverage ? 0 : st.m,
+                                 st.basis == Basis::Complex),
+                 term.c * clock, w, total});
     }
     for (Part& p : mTerms) p.shareEnd /= total;
     mTerms.back().shareEnd = 1;

@@ -1,5 +1,7 @@
 // Boundary surfaces: the level against closed forms and an independent count of exact samples,
 // the mesh of 1s against the sphere the closed form gives, closed and turned outwards.
+#include "electron/boundary_surface.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,7 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include "electron/boundary_surface.h"
 #include "electron/sampling.h"
 #include "electron/state_wave.h"
 #include "support/error.h"
@@ -98,7 +99,8 @@ TEST(BoundarySurface, MeshIsClosedAndOutward) {
             const float* b = &mesh.xyz[3 * tri[i + 1]];
             const float* d = &mesh.xyz[3 * tri[i + 2]];
             volume += (a[0] * (b[1] * d[2] - b[2] * d[1]) - a[1] * (b[0] * d[2] - b[2] * d[0]) +
-                       a[2] * (b[0] * d[1] - b[1] * d[0])) / 6.0;
+                       a[2] * (b[0] * d[1] - b[1] * d[0])) /
+                      6.0;
         }
         for (const auto& [edge, count] : edges) {
             ASSERT_EQ(count, 1);
@@ -126,9 +128,8 @@ TEST(BoundarySurface, SphereOf1sAndPhasesAtTheVertices) {
         EXPECT_NEAR(std::cos(ring.phase[i] - expected), 1, 1e-9) << i;
     }
     // 2p0 - 2s at t 0 is real: every vertex 0 or pi.
-    const SurfaceMesh real =
-        BoundarySurface(MakeSuperposition({{1.0, State{2, 1, 0}}, {-1.0, State{2, 0, 0}}}), 0,
-                        0.5, 24);
+    const SurfaceMesh real = BoundarySurface(
+        MakeSuperposition({{1.0, State{2, 1, 0}}, {-1.0, State{2, 0, 0}}}), 0, 0.5, 24);
     for (float phase : real.phase) EXPECT_TRUE(phase == 0.0f || phase == float(kPi)) << phase;
 }
 

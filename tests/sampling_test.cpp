@@ -1,5 +1,7 @@
 // Exact samples against closed forms: Kolmogorov-Smirnov tests of r, of the angles and of
 // the azimuth, the beat of a superposition's mean position, and the radius holding a share.
+#include "electron/sampling.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,7 +10,6 @@
 #include <numbers>
 #include <vector>
 
-#include "electron/sampling.h"
 #include "electron/state_wave.h"
 #include "support/error.h"
 
@@ -25,8 +26,8 @@ Superposition One(int32_t n, int32_t l, int32_t m, Basis basis = Basis::Real, in
     return MakeSuperposition(State{n, l, m, basis, Z, false});
 }
 
-std::vector<double> Points(const Superposition& s, SampleWeight w, double t = 0,
-                           uint64_t seed = 7, size_t count = kCount) {
+std::vector<double> Points(const Superposition& s, SampleWeight w, double t = 0, uint64_t seed = 7,
+                           size_t count = kCount) {
     std::vector<double> xyz(3 * count);
     Sample(s, t, seed, count, w, xyz.data(), nullptr);
     return xyz;
@@ -65,7 +66,8 @@ std::function<double(double)> LaguerreCdf(int n, int l, double rMax) {
     auto cum = std::make_shared<std::vector<double>>(kSteps / 2 + 1, 0.0);
     const double h = rMax / kSteps;
     for (int i = 0; i < kSteps / 2; ++i)
-        (*cum)[i + 1] = (*cum)[i] + h / 3 * (f(2 * i * h) + 4 * f((2 * i + 1) * h) + f((2 * i + 2) * h));
+        (*cum)[i + 1] =
+            (*cum)[i] + h / 3 * (f(2 * i * h) + 4 * f((2 * i + 1) * h) + f((2 * i + 2) * h));
     return [cum, h](double r) {
         const double x = r / (2 * h);
         const size_t i = std::min(cum->size() - 2, static_cast<size_t>(x));
@@ -118,7 +120,7 @@ TEST(Sampling, AnglesFollowTheHarmonics) {
         const double phi = std::atan2(p[1], p[0]);
         return phi < 0 ? phi + 2 * kPi : phi;
     };
-    const auto squared = [](double u) { return (u * u * u + 1) / 2; };  // 3/2 u²
+    const auto squared = [](double u) { return (u * u * u + 1) / 2; };       // 3/2 u²
     const auto belt = [](double u) { return (3 * u - u * u * u + 2) / 4; };  // 3/4 (1 - u²)
     const auto cos2 = [](double phi) { return (phi + std::sin(4 * phi) / 4) / (2 * kPi); };
     const auto sin2 = [](double phi) { return (phi - std::sin(4 * phi) / 4) / (2 * kPi); };
@@ -153,8 +155,7 @@ TEST(Sampling, SuperpositionMeanFollowsItsBeat) {
         const std::vector<double> xyz = Points(s, SampleWeight::Density, t, 11, kMany);
         double sum = 0;
         for (size_t i = 2; i < xyz.size(); i += 3) sum += xyz[i];
-        EXPECT_NEAR(sum / kMany, 128 * std::sqrt(2.0) / 243 *
-                                     std::cos(0.375 * t), tolerance)
+        EXPECT_NEAR(sum / kMany, 128 * std::sqrt(2.0) / 243 * std::cos(0.375 * t), tolerance)
             << "t = " << t;
     }
 }
