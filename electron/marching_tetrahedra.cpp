@@ -31,8 +31,12 @@ class Slab {
   public:
     Slab(const Lattice& lattice, const std::function<float(double, double, double)>& phaseAt,
          SurfaceMesh& mesh)
-        : mL(lattice), mSide(lattice.cells + 1), mPhaseAt(phaseAt), mMesh(mesh),
-          mLow(static_cast<size_t>(mSide) * mSide * 8, kNone), mHigh(mLow.size(), kNone) {}
+        : mL(lattice),
+          mSide(lattice.cells + 1),
+          mPhaseAt(phaseAt),
+          mMesh(mesh),
+          mLow(static_cast<size_t>(mSide) * mSide * 8, kNone),
+          mHigh(mLow.size(), kNone) {}
 
     // The surface in the cells between planes k and k + 1, whose field values are given.
     void March(int32_t k, const double* low, const double* high) {
@@ -79,9 +83,12 @@ class Slab {
         for (int a = 0; a < 4; ++a)
             for (int b = a + 1; b < 4; ++b) parity ^= order[a] > order[b];
         const bool flip = (t.orientation < 0) != (parity == 1);
-        auto vertex = [&](int a, int b) { return Vertex(i, j, t.corner[order[a]], t.corner[order[b]], f); };
+        auto vertex = [&](int a, int b) {
+            return Vertex(i, j, t.corner[order[a]], t.corner[order[b]], f);
+        };
         if (nIn == 2) {
-            const uint32_t ac = vertex(0, 2), ad = vertex(0, 3), bd = vertex(1, 3), bc = vertex(1, 2);
+            const uint32_t ac = vertex(0, 2), ad = vertex(0, 3), bd = vertex(1, 3),
+                           bc = vertex(1, 2);
             Emit(ac, ad, bd, flip);
             Emit(ac, bd, bc, flip);
         } else {

@@ -30,7 +30,8 @@ void Sample(const Superposition& s, double t, uint64_t seed, size_t count, Sampl
             draw.Term(k).Point(u, p);
             if (single) {
                 if (phase != nullptr)
-                    phase[i] = average ? 0.0 : SuperpositionDraw::PhaseOf(draw.At(p[0], p[1], p[2]).psi);
+                    phase[i] =
+                        average ? 0.0 : SuperpositionDraw::PhaseOf(draw.At(p[0], p[1], p[2]).psi);
                 break;
             }
             const SuperpositionDraw::Value v = draw.At(p[0], p[1], p[2]);

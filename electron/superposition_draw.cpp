@@ -12,21 +12,21 @@ namespace veltara {
 namespace fn = sample_elementary;
 
 SuperpositionDraw::SuperpositionDraw(const Superposition& s, double t, SampleWeight weight) {
-    const std::vector<Term>& terms = s.Terms();
+    const std::vector<veltara::Term>& terms = s.Terms();
     const double e1 = StateEnergy(terms.front().state);
     double total = 0;
-    for (const Term& term : terms) {
+    for (const veltara::Term& term : terms) {
         const State& st = term.state;
         const double angle = -(StateEnergy(st) - e1) * t;
         const std::complex<double> clock(fn::Cos(angle), fn::Sin(angle));
         TermDraw draw(st, weight);
         const double w = std::norm(term.c);
         total += w * draw.ViewMass();
-        mTerms.push_back(Part{std::move(draw), RadialFunction(st.n, st.l, st.Z),
-                              AngularFunction(st.shellAverage ? 0 : st.l,
-                                              st.shellAverage ? 0 : st.m,
-                                              st.basis == Basis::Complex),
-                              term.c * clock, w, total});
+        mTerms.push_back(
+            Part{std::move(draw), RadialFunction(st.n, st.l, st.Z),
+                 AngularFunction(st.shellAverage ? 0 : st.l, st.shellAverage ? 0 : st.m,
+                                 st.basis == Basis::Complex),
+                 term.c * clock, w, total});
     }
     for (Part& p : mTerms) p.shareEnd /= total;
     mTerms.back().shareEnd = 1;

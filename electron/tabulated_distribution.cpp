@@ -11,7 +11,7 @@ namespace veltara {
 namespace {
 
 constexpr int kN = 8;
-constexpr int kMaxSplits = 20;       // a piece is halved at most this often
+constexpr int kMaxSplits = 20;        // a piece is halved at most this often
 constexpr double kTolerance = 1e-12;  // of the density's peak
 
 using Matrix = std::array<std::array<double, kN>, kN>;

@@ -15,7 +15,8 @@ class TabulatedDistribution {
     /// The distribution of the non-negative density `f` over [breaks.front(), breaks.back()];
     /// `breaks` (ascending, at least two) is the first partition, which is split further where
     /// the density needs it. `f` is called a few thousand times, here only.
-    TabulatedDistribution(const std::function<double(double)>& f, const std::vector<double>& breaks);
+    TabulatedDistribution(const std::function<double(double)>& f,
+                          const std::vector<double>& breaks);
 
     /// The integral of the density over the whole range.
     double Total() const noexcept { return mCumulative.back(); }

@@ -51,22 +51,20 @@ TabulatedDistribution RadialTable(const State& s, SampleWeight weight) {
 }
 
 TermDraw::TermDraw(const State& s, SampleWeight weight)
-    : mRadial(RadialTable(s, weight)),
-      mPolar(
-          [&] {
-              // |Y|² along phi = 0 of the complex function of |m|: the polar shape of both
-              // bases, normalised so that 2 pi times its integral against sin theta is 1.
-              const int32_t l = s.shellAverage ? 0 : s.l;
-              const AngularFunction y(l, s.shellAverage ? 0 : std::abs(s.m), true);
-              const bool byRho = weight == SampleWeight::RadialView && !WeighsBySquare(s, weight);
-              return TabulatedDistribution(
-                  [&y, byRho](double theta) {
-                      const double st = fn::Sin(theta), ct = fn::Cos(theta);
-                      const double v = std::norm(y(st, 0, ct, 1)) * st;
-                      return byRho ? v * st : v;
-                  },
-                  Breaks(0, kPi, 32 + 4 * l));
-          }()) {
+    : mRadial(RadialTable(s, weight)), mPolar([&] {
+          // |Y|² along phi = 0 of the complex function of |m|: the polar shape of both
+          // bases, normalised so that 2 pi times its integral against sin theta is 1.
+          const int32_t l = s.shellAverage ? 0 : s.l;
+          const AngularFunction y(l, s.shellAverage ? 0 : std::abs(s.m), true);
+          const bool byRho = weight == SampleWeight::RadialView && !WeighsBySquare(s, weight);
+          return TabulatedDistribution(
+              [&y, byRho](double theta) {
+                  const double st = fn::Sin(theta), ct = fn::Cos(theta);
+                  const double v = std::norm(y(st, 0, ct, 1)) * st;
+                  return byRho ? v * st : v;
+              },
+              Breaks(0, kPi, 32 + 4 * l));
+      }()) {
     if (s.basis == Basis::Real && s.m != 0 && !s.shellAverage) {
         const int32_t m = s.m;
         mAzimuth.emplace(
