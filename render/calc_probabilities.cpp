@@ -60,6 +60,10 @@ struct RowSampler {
 }  // namespace
 
 void OrbitalRenderer::CalcProbabilities() {
+    if (mStateElectron != nullptr) {
+        CalcStateGrid();
+        return;
+    }
     cElectron& e = LiveElectron();
     mProbMatrix.Reset();
     std::memset(mStats.ProbFreqs, 0, sizeof(mStats.ProbFreqs));

@@ -25,6 +25,7 @@
 #include "render/cOrbital.h"
 #include "render/picture_memory.h"
 #include "render/prob_grid.h"
+#include "render/state_electron.h"
 #include "support/cMemoryDCEx.h"
 #include "support/rgba_array.h"
 
@@ -36,6 +37,7 @@ class OrbitalRenderer : public cOrbital {
     ~OrbitalRenderer() override;
 
     void Setup(const OrbitalSetup& DrawCmds) override;
+    void SetupState(const Superposition& s, double t, const OrbitalSetup& DrawCmds) override;
     OrbitalStats GetStats() override;
     int32_t ReFillDotMatrix(const int32_t& TargetNum, const uint8_t& ProbThreshHold) override;
     RenderDCinfo GetRender(const RenderRequest& RenderInfo) override;
@@ -48,9 +50,9 @@ class OrbitalRenderer : public cOrbital {
     std::span<const PointArray> Dots() const override { return mDots; }
     std::span<const uint8_t> ProbMatrix() const override {
         if (mProbMatrix.Empty()) return {};
-        return {mProbMatrix.Data(),
-                static_cast<size_t>(ProbGrid::kSize) * ProbGrid::kSize * ProbGrid::kSize};
+        return {mProbMatrix.Data(), mProbMatrix.Count()};
     }
+    int32_t GridEdge() const override { return mProbMatrix.Edge(); }
     cElectron* Electron() const { return mElectron.get(); }
 
     float VolFactor() const override { return mVolFactor; }
@@ -63,9 +65,18 @@ class OrbitalRenderer : public cOrbital {
     /// The radial view's maximum search (the density view's is a fixed grid refinement).
     double FindMaxRadialDistribution();
 
+    /// Setup's steps once the electron is in place: scale, seed, grid, dots, statistics.
+    void Prepare();
     double FindMaxProbability();
     void CalcProbabilities();
+    /// The grid of a state: its octant, or the whole cube when it lacks mirror symmetry.
+    void CalcStateGrid();
     void FillDotMatrix();
+    /// A state's dot cloud: DotTarget exact samples of the view inside the cube, each at its
+    /// nearest grid point with that point's level.
+    void FillStateDots();
+    /// mLastDot and the depth scale of the cloud in mDots.
+    void FinishCloud();
     void UpdateStats(int32_t& CalcTime, int32_t DotTime);
 
     void RenderDots(const RenderRequest& req);
@@ -97,6 +108,8 @@ class OrbitalRenderer : public cOrbital {
     PictureMemory mMemory;          ///< both surfaces, the last picture and the remembered requests
     RenderDCinfo mDCInfo{};
     std::unique_ptr<cElectron> mElectron;
+    StateElectron* mStateElectron = nullptr;  ///< mElectron when it is a state's, else null
+    bool mWholeCube = false;  ///< grid, maximum, volume and transect read the whole cube
 
     // Volumetric state: the brightest accumulated ray value per quality level 5..10.
     float mVolMax[6] = {};

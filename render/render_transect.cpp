@@ -1,6 +1,7 @@
-// RenderTransect: one slice of the probability grid, mirrored about its centre pixel, in grey or
-// coloured by probability level.
+// RenderTransect: one slice of the probability grid, mirrored about its centre pixel (or read
+// whole, for a state without mirror symmetry), in grey or coloured by probability level.
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "render/orbital_renderer.h"
@@ -26,6 +27,24 @@ SliceAxes SliceOf(TransectDirection dir, int32_t T, int32_t Step) {
         default:
             return {ProbGrid::Index(0, 0, T), ProbGrid::Index(Step, 0, 0),
                     ProbGrid::Index(0, Step, 0)};
+    }
+}
+
+/// The same for the whole cube: `base` is the slice's centre, the point on the axis.
+SliceAxes CubeSliceOf(TransectDirection dir, int32_t T, int32_t Step) {
+    switch (dir) {
+        case TransectDirection::AlongX:
+            return {ProbGrid::CubeIndex(T, 0, 0),
+                    ProbGrid::CubeIndex(0, Step, 0) - ProbGrid::CubeIndex(0, 0, 0),
+                    ProbGrid::CubeIndex(0, 0, Step) - ProbGrid::CubeIndex(0, 0, 0)};
+        case TransectDirection::Alongy:
+            return {ProbGrid::CubeIndex(0, T, 0),
+                    ProbGrid::CubeIndex(Step, 0, 0) - ProbGrid::CubeIndex(0, 0, 0),
+                    ProbGrid::CubeIndex(0, 0, Step) - ProbGrid::CubeIndex(0, 0, 0)};
+        default:
+            return {ProbGrid::CubeIndex(0, 0, T),
+                    ProbGrid::CubeIndex(Step, 0, 0) - ProbGrid::CubeIndex(0, 0, 0),
+                    ProbGrid::CubeIndex(0, Step, 0) - ProbGrid::CubeIndex(0, 0, 0)};
     }
 }
 
@@ -61,7 +80,6 @@ void OrbitalRenderer::RenderTransect(const RenderRequest& req) {
         // Every in-plane index stays within 0..127; only the slice index can leave the grid,
         // and then the first pixel fails, after the surface was recreated.
         if (mProbMatrix.Empty() || T >= ProbGrid::kSize) Raise(kErrSubscript);
-        const SliceAxes axes = SliceOf(dir, T, Step);
 
         // The colour of each level once; black at 0, dark red-brown low, pure green at 255.
         RGBA colour[256];
@@ -72,10 +90,26 @@ void OrbitalRenderer::RenderTransect(const RenderRequest& req) {
                                       static_cast<uint8_t>(p), 0};
         }
 
+        const int32_t height = surface.Height();
+        if (mProbMatrix.Whole()) {
+            // The whole cube: the slice at the signed index, each side read as it is.
+            const SliceAxes axes = CubeSliceOf(dir, req.TransectNo, Step);
+            const uint8_t* centre = mProbMatrix.Data() + axes.base;
+            for (int32_t j = -N; j <= N; ++j) {
+                RGBA* line = surface.ScanLine(height - (C - j));
+                for (int32_t i = -N; i <= N; ++i) {
+                    line[C + i] = colour[centre[i * static_cast<ptrdiff_t>(axes.across) +
+                                                j * static_cast<ptrdiff_t>(axes.up)]];
+                }
+            }
+            PublishSurface(req.Size, surface);
+            return;
+        }
+
         // Row C - j and row C + j (from the top) show the same grid line, each mirrored about
         // the centre column.
+        const SliceAxes axes = SliceOf(dir, T, Step);
         const uint8_t* grid = mProbMatrix.Data();
-        const int32_t height = surface.Height();
         for (int32_t j = 0; j <= N; ++j) {
             const uint8_t* line = grid + axes.base + static_cast<size_t>(j) * axes.up;
             RGBA* upper = surface.ScanLine(height - (C - j));

@@ -62,47 +62,79 @@ struct RayImage {
     float& operator()(int32_t c, int32_t r) { return values[static_cast<size_t>(r) * res + c]; }
 };
 
-/// Fills points with the squared coordinates of the samples of the rays starting at
-/// i * row + j * col - halfDepth * depth for j = jFirst, jFirst + jStep, ... (count rays),
-/// `samples` points each: the k-th sample of a ray is start + k * depth.
-void RaySamples(double i, const VolumeLayout& v, int32_t jFirst, int32_t jStep, int32_t count,
-                COORDdoubleParams* points) {
-    const int32_t samples = v.quality;
-    for (int32_t r = 0; r < count; ++r) {
-        const double j = jFirst + r * jStep;
-        const double sx = i * v.row.X + j * v.col.X - v.halfDepth * v.depth.X;
-        const double sy = i * v.row.Y + j * v.col.Y - v.halfDepth * v.depth.Y;
-        const double sz = i * v.row.Z + j * v.col.Z - v.halfDepth * v.depth.Z;
-        COORDdoubleParams* out = points + static_cast<size_t>(r) * samples;
-        for (int32_t k = 0; k < samples; ++k) {
-            const double px = sx + k * v.depth.X;
-            const double py = sy + k * v.depth.Y;
-            const double pz = sz + k * v.depth.Z;
-            out[k] = {px * px, py * py, pz * pz};
+/// Evaluates the view along rows of rays: the rays start at i * row + j * col - halfDepth * depth
+/// for j = jFirst, jFirst + jStep, ... (count rays), `quality` samples each, the k-th sample of a
+/// ray at start + k * depth. A catalogue electron is given the squares of the coordinates; a
+/// state without mirror symmetry the signed point.
+class RaySampler {
+  public:
+    RaySampler(cElectron& electron, const StateElectron* whole, ViewMode view,
+               const VolumeLayout& v)
+        : mElectron(electron),
+          mWhole(whole),
+          mView(view),
+          mV(v),
+          mXyz(static_cast<size_t>(3) * v.res * v.quality),
+          mSquares(static_cast<size_t>(v.res) * v.quality),
+          mDensity(mSquares.size()) {}
+
+    /// The densities of the rays' samples, ray after ray.
+    const double* Rays(double i, int32_t jFirst, int32_t jStep, int32_t count) {
+        const int32_t samples = mV.quality;
+        double* out = mXyz.data();
+        for (int32_t r = 0; r < count; ++r) {
+            const double j = jFirst + r * jStep;
+            const double sx = i * mV.row.X + j * mV.col.X - mV.halfDepth * mV.depth.X;
+            const double sy = i * mV.row.Y + j * mV.col.Y - mV.halfDepth * mV.depth.Y;
+            const double sz = i * mV.row.Z + j * mV.col.Z - mV.halfDepth * mV.depth.Z;
+            for (int32_t k = 0; k < samples; ++k) {
+                *out++ = sx + k * mV.depth.X;
+                *out++ = sy + k * mV.depth.Y;
+                *out++ = sz + k * mV.depth.Z;
+            }
         }
+        const size_t n = static_cast<size_t>(count) * samples;
+        if (mWhole != nullptr) {
+            mWhole->SignedBatch(mView, mXyz.data(), mDensity.data(), n);
+        } else {
+            for (size_t p = 0; p < n; ++p) {
+                const double* q = mXyz.data() + 3 * p;
+                mSquares[p] = {q[0] * q[0], q[1] * q[1], q[2] * q[2]};
+            }
+            mElectron.NonScaledBatch(mView, mSquares.data(), mDensity.data(), n);
+        }
+        return mDensity.data();
     }
-}
+
+  private:
+    cElectron& mElectron;
+    const StateElectron* mWhole;
+    ViewMode mView;
+    const VolumeLayout& mV;
+    std::vector<double> mXyz;
+    std::vector<COORDdoubleParams> mSquares;
+    std::vector<double> mDensity;
+};
 
 /// Casts the rays of the middle row and of every second row and column; the nearest sample
 /// weighs 1, the k-th 1 / (k + 1).
-RayImage CastRays(cElectron& electron, ViewMode view, const VolumeLayout& v) {
+RayImage CastRays(RaySampler& sampler, const VolumeLayout& v, bool inversionSymmetric) {
     const int32_t Res = v.res;
     const int32_t Half = v.half;
     const int32_t Quality = v.quality;
     const int32_t Steps = Quality - 1;
     RayImage image{Res, std::vector<float>(static_cast<size_t>(Res) * Res, 0.0f)};
-
-    // Sample buffers for one row of rays, evaluated by the electron in one batch.
-    std::vector<COORDdoubleParams> points(static_cast<size_t>(Res) * Quality);
-    std::vector<double> density(points.size());
+    auto forward = [Steps](const double* d) {
+        float F = 0.0f;
+        for (int32_t k = 0; k <= Steps; ++k) F = F + static_cast<float>(d[k] / (k + 1));
+        return F;
+    };
 
     // Pass 1, the middle row: every pixel casts its own ray. The quotients stay double; the
     // running sum is single precision after every addition.
-    RaySamples(0.0, v, -Half, 1, Res, points.data());
-    electron.NonScaledBatch(view, points.data(), density.data(),
-                            static_cast<size_t>(Res) * Quality);
+    const double* density = sampler.Rays(0.0, -Half, 1, Res);
     for (int32_t r = 0; r < Res; ++r) {
-        const double* d = density.data() + static_cast<size_t>(r) * Quality;
+        const double* d = density + static_cast<size_t>(r) * Quality;
         float Acc = 0.0f;
         for (int32_t k = 0; k <= Steps; ++k) {
             Acc = static_cast<float>(static_cast<double>(Acc) + d[k] / (k + 1));
@@ -113,25 +145,29 @@ RayImage CastRays(cElectron& electron, ViewMode view, const VolumeLayout& v) {
 
     // Pass 2, every second row and column. Every catalogue density is unchanged by inversion
     // through the nucleus, so the ray of pixel (j, i) read backwards is the ray of (-j, -i):
-    // one ray gives two pixels. Intended; it halves the cost of the picture.
+    // one ray gives two pixels. Intended; it halves the cost of the picture. A state without
+    // that symmetry casts the mirrored ray itself.
     const int32_t rays = Half + 1;
     for (int32_t i = (Half % 2 == 0) ? 2 : 1; i <= Half; i += 2) {
-        RaySamples(i, v, -Half, 2, rays, points.data());
-        electron.NonScaledBatch(view, points.data(), density.data(),
-                                static_cast<size_t>(rays) * Quality);
+        density = sampler.Rays(i, -Half, 2, rays);
         for (int32_t r = 0; r < rays; ++r) {
             const int32_t j = -Half + 2 * r;
-            const double* d = density.data() + static_cast<size_t>(r) * Quality;
-            float F = 0.0f;
+            const double* d = density + static_cast<size_t>(r) * Quality;
             float B = 0.0f;
-            for (int32_t k = 0; k <= Steps; ++k) {
-                F = F + static_cast<float>(d[k] / (k + 1));
-                B = B + static_cast<float>(d[k] / (Quality - k));
-            }
+            for (int32_t k = 0; k <= Steps; ++k) B = B + static_cast<float>(d[k] / (Quality - k));
+            const float F = forward(d);
             image(Half + j, Half + i) = F;
-            image(Half - j, Half - i) = B;
+            if (inversionSymmetric) image(Half - j, Half - i) = B;
             if (F > image.max) image.max = F;
-            if (B > image.max) image.max = B;
+            if (inversionSymmetric && B > image.max) image.max = B;
+        }
+        if (inversionSymmetric) continue;
+        density = sampler.Rays(-i, -Half, 2, rays);
+        for (int32_t r = 0; r < rays; ++r) {
+            const int32_t j = -Half + 2 * r;
+            const float F = forward(density + static_cast<size_t>(r) * Quality);
+            image(Half + j, Half - i) = F;
+            if (F > image.max) image.max = F;
         }
     }
     return image;
@@ -187,7 +223,8 @@ void OrbitalRenderer::RenderVolume(const RenderRequest& req) {
     // The layout, then the rays and the pixels between them.
     const VolumeLayout layout = LayoutOf(req, mSetup.AtomRadius, mVolFactor);
     float Stored = mVolMax[layout.quality - 5];
-    RayImage image = CastRays(LiveElectron(), mView, layout);
+    RaySampler sampler(LiveElectron(), mWholeCube ? mStateElectron : nullptr, mView, layout);
+    RayImage image = CastRays(sampler, layout, !mWholeCube);
     FillBetweenRays(image);
 
     // Normalisation against the brightest frame so far at this quality level: successive
