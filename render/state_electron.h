@@ -56,7 +56,11 @@ class StateElectron final : public cElectron {
     /// found (which a search of a state's many lobes may miss by a little) counts as 255.
     static uint8_t Level(double value, double scale) {
         const double v = CheckFinite(value * scale);
-        return v >= 255.0 ? uint8_t{255} : ToByte(v);
+        if (v >= 255.0) return 255;
+        // Adding and taking away 1.5 x 2^52 rounds half to even, as ToByte does, without a
+        // library call; a negative value keeps the checked conversion (error 6).
+        constexpr double kRounder = 6755399441055744.0;
+        return v >= 0.0 ? static_cast<uint8_t>((v + kRounder) - kRounder) : ToByte(v);
     }
 
   private:

@@ -76,6 +76,10 @@ StateLattice::StateLattice(const Superposition& s, double t, double step, ViewMo
         mParts.push_back(Part{term.c * evolve, ri, ai});
     }
     mValues.resize(mAngular.size() * (kLast + 1));
+    mRe.resize(mParts.size() * (kLast + 1));
+    mIm.resize(mRe.size());
+    mSumRe.resize(kLast + 1);
+    mSumIm.resize(kLast + 1);
 }
 
 void StateLattice::Row(int32_t j, int32_t k, int32_t images, std::array<double, kLast + 1>* out) {
@@ -96,9 +100,9 @@ void StateLattice::Row(int32_t j, int32_t k, int32_t images, std::array<double, 
         return;
     }
 
-    // R Y of each angular function at the octant points of the row, each with its own radial
-    // table (one angular function may serve several radial ones: the parts pair them).
-    std::vector<std::complex<double>> ry(mParts.size() * n);
+    // R Y of each angular function at the octant points of the row, real and imaginary parts
+    // apart, each with its own radial table (one angular function may serve several radial
+    // ones: the parts pair them).
     for (size_t a = 0; a < mAngular.size(); ++a) {
         std::complex<double>* v = mValues.data() + a * n;
         for (int32_t i = 0; i <= kLast; ++i) {
@@ -107,15 +111,33 @@ void StateLattice::Row(int32_t j, int32_t k, int32_t images, std::array<double, 
         }
     }
     for (size_t q = 0; q < mParts.size(); ++q) {
-        const std::vector<double>& R = mRadial[mParts[q].radial];
+        const double* R = mRadial[mParts[q].radial].data();
         const std::complex<double>* Y = mValues.data() + mParts[q].angular * n;
-        for (int32_t i = 0; i <= kLast; ++i) ry[q * n + i] = R[i * i + jk] * Y[i];
+        double* re = mRe.data() + q * n;
+        double* im = mIm.data() + q * n;
+        for (int32_t i = 0; i <= kLast; ++i) {
+            const double radial = R[i * i + jk];
+            re[i] = radial * Y[i].real();
+            im[i] = radial * Y[i].imag();
+        }
+    }
+    double weight[kLast + 1];
+    for (int32_t i = 0; i <= kLast; ++i) {
+        // rho r: the distance from the z axis times the distance from the nucleus.
+        const double x = i * mStep;
+        weight[i] = mView == ViewMode::DRPDF ? math::Sqrt(x * x + y * y) * (mRoot[i * i + jk] * mStep)
+                                             : 1.0;
     }
 
-    // Each image: the parts summed with the signs and conjugations of its reflections.
+    // Each image: the parts summed with the signs and conjugations of its reflections. With
+    // u = a + ib and c = cr + i ci, c u = (cr a - ci b) + i (cr b + ci a) and c conj(u) =
+    // (cr a + ci b) + i (ci a - cr b): four real factors per part.
     for (int32_t p = 0; p < images; ++p) {
-        std::array<std::complex<double>, kMaxSuperpositionTerms> c{};
-        std::array<bool, kMaxSuperpositionTerms> conj{};
+        double* o = out[p].data();
+        for (int32_t i = 0; i <= kLast; ++i) o[i] = 0.0;
+        double* sumRe = mSumRe.data();
+        double* sumIm = mSumIm.data();
+        for (int32_t i = 0; i <= kLast; ++i) sumRe[i] = sumIm[i] = 0.0;
         for (size_t q = 0; q < mParts.size(); ++q) {
             const Mirror& m = mMirror[mParts[q].angular];
             double sign = 1.0;
@@ -126,22 +148,17 @@ void StateLattice::Row(int32_t j, int32_t k, int32_t images, std::array<double, 
                     cj = cj != m.conj[axis];
                 }
             }
-            c[q] = mParts[q].c * sign;
-            conj[q] = cj;
+            const double cr = mParts[q].c.real() * sign, ci = mParts[q].c.imag() * sign;
+            const double k1 = cr, k2 = cj ? ci : -ci, k3 = cj ? -cr : cr, k4 = ci;
+            const double* a = mRe.data() + q * n;
+            const double* b = mIm.data() + q * n;
+            for (int32_t i = 0; i <= kLast; ++i) {
+                sumRe[i] += k1 * a[i] + k2 * b[i];
+                sumIm[i] += k3 * b[i] + k4 * a[i];
+            }
         }
         for (int32_t i = 0; i <= kLast; ++i) {
-            std::complex<double> psi = 0.0;
-            for (size_t q = 0; q < mParts.size(); ++q) {
-                const std::complex<double> u = ry[q * n + i];
-                psi += c[q] * (conj[q] ? std::conj(u) : u);
-            }
-            double v = std::norm(psi);
-            if (mView == ViewMode::DRPDF) {
-                // rho r: the distance from the z axis times the distance from the nucleus.
-                const double x = i * mStep;
-                v *= math::Sqrt(x * x + y * y) * (mRoot[i * i + jk] * mStep);
-            }
-            out[p][i] = v;
+            o[i] = (sumRe[i] * sumRe[i] + sumIm[i] * sumIm[i]) * weight[i];
         }
     }
 }

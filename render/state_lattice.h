@@ -47,7 +47,9 @@ class StateLattice {
     std::vector<AngularFunction> mAngular;     // per distinct (l, m)
     std::vector<Mirror> mMirror;               // per angular function
     std::vector<Part> mParts;
-    std::vector<std::complex<double>> mValues;  // per angular function: R Y of the row's points
+    std::vector<std::complex<double>> mValues;  // per angular function: Y at the row's points
+    std::vector<double> mRe, mIm;               // per part: R Y at the row's points
+    std::vector<double> mSumRe, mSumIm;         // psi of one image along the row
 };
 
 }  // namespace veltara
