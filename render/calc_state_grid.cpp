@@ -26,31 +26,43 @@ void OrbitalRenderer::CalcStateGrid() {
     const int32_t images = mWholeCube ? 8 : 1;
 
     std::array<std::array<double, kLast + 1>, 8> values{};
-    std::array<int32_t, 256> counts{};
+    std::array<uint8_t, kLast + 1> levels{};
+    // Counts in four interleaved tables, so that runs of one level do not wait on each other.
+    std::array<std::array<int32_t, 256>, 4> counts{};
+    uint8_t* const grid = mProbMatrix.Data();
     for (int32_t k = 0; k <= kLast; ++k) {
         for (int32_t j = 0; j <= kLast; ++j) {
             lattice.Row(j, k, images, values.data());
             for (int32_t p = 0; p < images; ++p) {
                 // An image that reflects a zero coordinate is the point itself: skipped.
                 if (((p & 2) != 0 && j == 0) || ((p & 4) != 0 && k == 0)) continue;
-                const int32_t sy = (p & 2) != 0 ? -j : j;
-                const int32_t sz = (p & 4) != 0 ? -k : k;
-                for (int32_t i = (p & 1) != 0 ? 1 : 0; i <= kLast; ++i) {
-                    const uint8_t level = StateElectron::Level(values[p][i], scale);
-                    if (mWholeCube) {
-                        mProbMatrix.Data()[ProbGrid::CubeIndex((p & 1) != 0 ? -i : i, sy, sz)] =
-                            level;
-                        ++counts[level];
-                    } else {
-                        // The octant point stands for its mirror images.
-                        mProbMatrix(i, j, k) = level;
-                        counts[level] += 1 << ((i != 0) + (j != 0) + (k != 0));
-                    }
+                for (int32_t i = 0; i <= kLast; ++i) {
+                    levels[i] = StateElectron::Level(values[p][i], scale);
+                }
+                if (!mWholeCube) {
+                    // The octant point stands for its mirror images.
+                    std::copy(levels.begin(), levels.end(), grid + ProbGrid::Index(0, j, k));
+                    const int32_t shift = (j != 0) + (k != 0);
+                    counts[0][levels[0]] += 1 << shift;
+                    for (int32_t i = 1; i <= kLast; ++i) counts[i & 3][levels[i]] += 2 << shift;
+                    continue;
+                }
+                const int32_t y = (p & 2) != 0 ? -j : j;
+                const int32_t z = (p & 4) != 0 ? -k : k;
+                uint8_t* const row = grid + ProbGrid::CubeIndex(0, y, z);
+                if ((p & 1) != 0) {
+                    for (int32_t i = 1; i <= kLast; ++i) row[-i] = levels[i];
+                    for (int32_t i = 1; i <= kLast; ++i) ++counts[i & 3][levels[i]];
+                } else {
+                    std::copy(levels.begin(), levels.end(), row);
+                    for (int32_t i = 0; i <= kLast; ++i) ++counts[i & 3][levels[i]];
                 }
             }
         }
     }
-    for (int32_t v = 0; v <= 255; ++v) mStats.ProbFreqs[v] = counts[v];
+    for (int32_t v = 0; v <= 255; ++v) {
+        mStats.ProbFreqs[v] = counts[0][v] + counts[1][v] + counts[2][v] + counts[3][v];
+    }
 }
 
 }  // namespace veltara

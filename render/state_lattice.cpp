@@ -1,6 +1,7 @@
 // StateLattice: tables of R_nl by squared distance and mirror images by sign and conjugation.
 #include "render/state_lattice.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -134,10 +135,10 @@ void StateLattice::Row(int32_t j, int32_t k, int32_t images, std::array<double, 
     // (cr a + ci b) + i (ci a - cr b): four real factors per part.
     for (int32_t p = 0; p < images; ++p) {
         double* o = out[p].data();
-        for (int32_t i = 0; i <= kLast; ++i) o[i] = 0.0;
         double* sumRe = mSumRe.data();
         double* sumIm = mSumIm.data();
-        for (int32_t i = 0; i <= kLast; ++i) sumRe[i] = sumIm[i] = 0.0;
+        std::fill(mSumRe.begin(), mSumRe.end(), 0.0);
+        std::fill(mSumIm.begin(), mSumIm.end(), 0.0);
         for (size_t q = 0; q < mParts.size(); ++q) {
             const Mirror& m = mMirror[mParts[q].angular];
             double sign = 1.0;
