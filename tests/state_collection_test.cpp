@@ -172,6 +172,7 @@ TEST(cOrbitalCol, AWholeCubeShowsBothSides) {
     q.VolFinal = kTrue;
     const std::vector<RGBA> volume = vt_test::Render(col, 0, q);
     EXPECT_GT(volume[size_t(63 + 10) * 127 + 63].G, volume[size_t(63 - 10) * 127 + 63].G + 10);
+    EXPECT_GT(volume[size_t(63 - 10) * 127 + 63].G, 0);  // the 1s part lies on both sides
 }
 
 TEST(cOrbitalCol, AddStateRefusesBadInput) {
