@@ -10,9 +10,9 @@
 #include <memory>
 #include <vector>
 
+#include "electron/hybrids.h"
 #include "engine/cOrbitalCol.h"
 #include "engine/cVeltara.h"
-#include "electron/hybrids.h"
 #include "support/clock.h"
 
 namespace {
@@ -64,11 +64,11 @@ BENCHMARK(BM_Add)
 // cube); 2, the sp3 hybrid's first member (the whole cube).
 void BM_AddState(benchmark::State& state) {
     FixedSeedClock clock;
-    const Superposition s =
-        state.range(0) == 0 ? MakeSuperposition(State{10, 4, 3})
-        : state.range(0) == 1
-            ? MakeSuperposition({Term{{0.6, 0.0}, State{10, 4, 3}}, Term{{0.0, 0.8}, State{9, 2, 0}}})
-            : Hybrid(HybridKind::Sp3, 0);
+    const Superposition s = state.range(0) == 0 ? MakeSuperposition(State{10, 4, 3})
+                            : state.range(0) == 1
+                                ? MakeSuperposition({Term{{0.6, 0.0}, State{10, 4, 3}},
+                                                     Term{{0.0, 0.8}, State{9, 2, 0}}})
+                                : Hybrid(HybridKind::Sp3, 0);
     OrbitalSetup setup;
     setup.OrbitalViewMode = static_cast<ViewMode>(state.range(1));
     for (auto _ : state) {

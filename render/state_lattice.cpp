@@ -126,8 +126,9 @@ void StateLattice::Row(int32_t j, int32_t k, int32_t images, std::array<double, 
     for (int32_t i = 0; i <= kLast; ++i) {
         // rho r: the distance from the z axis times the distance from the nucleus.
         const double x = i * mStep;
-        weight[i] = mView == ViewMode::DRPDF ? math::Sqrt(x * x + y * y) * (mRoot[i * i + jk] * mStep)
-                                             : 1.0;
+        weight[i] = mView == ViewMode::DRPDF
+                        ? math::Sqrt(x * x + y * y) * (mRoot[i * i + jk] * mStep)
+                        : 1.0;
     }
 
     // Each image: the parts summed with the signs and conjugations of its reflections. With
