@@ -26,9 +26,9 @@ cMemoryDCEx& PictureMemory::SurfaceFor(RenderSize size) {
     return *surface;
 }
 
-cMemoryDCEx& PictureMemory::RecreatedSurface(RenderSize size) {
+cMemoryDCEx& PictureMemory::RecreatedSurface(RenderSize size, bool becomesFrame) {
     const Holder here = IsMainSize(size) ? Holder::Main : Holder::Nano;
-    if (mHolder == here) SetAside();
+    if (mHolder == here && !becomesFrame) SetAside();
     std::unique_ptr<cMemoryDCEx>& slot = Slot(size);
     if (!slot) slot = std::make_unique<cMemoryDCEx>();
     slot->Delete();

@@ -70,8 +70,9 @@ class PictureMemory {
     /// The surface for a size (375: Main, anything else: Nano), created on first use at its
     /// full size (375 or 127).
     cMemoryDCEx& SurfaceFor(RenderSize size);
-    /// The surface for a picture size deleted and made anew; a frame it held is set aside.
-    cMemoryDCEx& RecreatedSurface(RenderSize size);
+    /// The surface for a picture size deleted and made anew; a frame it held is set aside,
+    /// unless the picture about to be drawn there becomes the frame (`becomesFrame`).
+    cMemoryDCEx& RecreatedSurface(RenderSize size, bool becomesFrame = false);
 
     /// A frame all zero in the surface of a picture size, which becomes the last picture.
     FrameView NewFrame(RenderSize size);

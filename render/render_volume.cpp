@@ -190,10 +190,17 @@ void FillBetweenRays(RayImage& image) {
     }
 }
 
-/// The grey level of each pixel, row by row: Scale x value as a byte, ties to even.
+/// The grey level of each pixel, row by row: Scale x value as a byte, ties to even. Levels in
+/// 0..255 round by adding and taking away 1.5 x 2^52 (the processor's nearest-even rounding,
+/// as ToByte's); anything else takes ToByte itself and its error.
 std::vector<uint8_t> GreyLevels(RayImage& image, float Scale) {
+    constexpr double kRounder = 6755399441055744.0;
     std::vector<uint8_t> grey(image.values.size());
-    for (size_t k = 0; k < grey.size(); ++k) grey[k] = ToByte(Scale * image.values[k]);
+    for (size_t k = 0; k < grey.size(); ++k) {
+        const double v = Scale * image.values[k];
+        grey[k] =
+            v >= 0.0 && v < 255.0 ? static_cast<uint8_t>((v + kRounder) - kRounder) : ToByte(v);
+    }
     return grey;
 }
 
@@ -242,7 +249,8 @@ void OrbitalRenderer::RenderVolume(const RenderRequest& req) {
     // Onto the surface of the requested size, recreated for the picture: on Main a 255-pixel
     // square in the middle (the 60-pixel border stays black), on Nano the whole surface.
     if (IsPictureSize(req.Size)) {
-        cMemoryDCEx& surface = mMemory.RecreatedSurface(req.Size);
+        const bool kept = req.Transector == kTrue || req.VolFinal == kTrue;
+        cMemoryDCEx& surface = mMemory.RecreatedSurface(req.Size, kept);
         if (IsMainSize(req.Size)) {
             StretchGrey(grey, layout.res, surface, 60, 255);
         } else {
@@ -251,7 +259,7 @@ void OrbitalRenderer::RenderVolume(const RenderRequest& req) {
 
         // The picture stays in its surface as the frame, for the cache and to draw the
         // transector on.
-        if (req.Transector == kTrue || req.VolFinal == kTrue) {
+        if (kept) {
             mMemory.AdoptSurface(req.Size);
             if (req.Transector != kFalse) DrawTransector(req, mMemory.Frame());
         }
