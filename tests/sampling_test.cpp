@@ -26,7 +26,7 @@ Superposition One(int32_t n, int32_t l, int32_t m, Basis basis = Basis::Real, in
     return MakeSuperposition(State{n, l, m, basis, Z, false});
 }
 
-std::vector<double> Points(const Superposition& s, SampleWeight w, double t = 0, uint64_t seed = 7,
+std::vector<double> Points(const Superposition& s, SampleWeight w, double t = 2, uint64_t seed = 7,
                            size_t count = kCount) {
     std::vector<double> xyz(3 * count);
     Sample(s, t, seed, count, w, xyz.data(), nullptr);
@@ -106,6 +106,16 @@ TEST(Sampling, RadiiFollowTheRadialDistribution) {
         {"3p1 radial view", One(3, 1, 1), V,
          Gamma(2.0 / 3, {295245, 196830, 65610, 14580, 2430, 324, 36, 0, 1})},
         {"12h", One(12, 5, 3), D, LaguerreCdf(12, 5, 600)},
+        // Over angles the cross term of 1s and 2p0 in the radial view is 0; the halves weigh
+        // <r²>_1s pi / 4 = 3 pi / 4 and <r²>_2p (3 pi / 16) = 90 pi / 16.
+        {"1s + 2p0 radial view at t 2",
+         MakeSuperposition({{1.0, State{1, 0, 0}}, {1.0, State{2, 1, 0}}}), V,
+         [](double r) {
+             const double a = 3 * kPi / 4, b = 90 * kPi / 16;
+             return (a * Gamma(2, {3, 6, 6, 4, 2})(r) +
+                     b * Gamma(1, {1, 1, 1 / 2., 1 / 6., 1 / 24., 1 / 120., 1 / 720.})(r)) /
+                    (a + b);
+         }},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
