@@ -76,6 +76,26 @@ std::function<double(double)> LaguerreCdf(int n, int l, double rMax) {
     };
 }
 
+// The CDF of cos theta under P_l^m(u)² by Simpson's rule on std::assoc_legendre.
+std::function<double(double)> LegendreCdf(int l, int m) {
+    constexpr int kSteps = 20000;
+    auto cum = std::make_shared<std::vector<double>>(kSteps / 2 + 1, 0.0);
+    const double h = 2.0 / kSteps;
+    auto f = [=](double u) {
+        return std::pow(std::assoc_legendre(unsigned(l), unsigned(m), u), 2);
+    };
+    for (int i = 0; i < kSteps / 2; ++i)
+        (*cum)[i + 1] =
+            (*cum)[i] +
+            h / 3 * (f(-1 + 2 * i * h) + 4 * f(-1 + (2 * i + 1) * h) + f(-1 + (2 * i + 2) * h));
+    return [cum, h](double u) {
+        const double x = (u + 1) / (2 * h);
+        const size_t i = std::min(cum->size() - 2, static_cast<size_t>(x));
+        return ((*cum)[i] + (x - static_cast<double>(i)) * ((*cum)[i + 1] - (*cum)[i])) /
+               cum->back();
+    };
+}
+
 std::vector<double> Column(const std::vector<double>& xyz,
                            const std::function<double(const double*)>& of) {
     std::vector<double> v;
@@ -106,6 +126,8 @@ TEST(Sampling, RadiiFollowTheRadialDistribution) {
         {"3p1 radial view", One(3, 1, 1), V,
          Gamma(2.0 / 3, {295245, 196830, 65610, 14580, 2430, 324, 36, 0, 1})},
         {"12h", One(12, 5, 3), D, LaguerreCdf(12, 5, 600)},
+        {"30s", One(30, 0, 0), D, LaguerreCdf(30, 0, 3000)},
+        {"27,20", One(27, 20, -7, Basis::Complex), D, LaguerreCdf(27, 20, 3000)},
         // Over angles the cross term of 1s and 2p0 in the radial view is 0; the halves weigh
         // <r²>_1s pi / 4 = 3 pi / 4 and <r²>_2p (3 pi / 16) = 90 pi / 16.
         {"1s + 2p0 radial view at t 2",
@@ -145,6 +167,8 @@ TEST(Sampling, AnglesFollowTheHarmonics) {
         {"2p+1 real: x / r", One(2, 1, 1), along(0), squared},
         {"3p-1 real: y / r", One(3, 1, -1), along(1), squared},
         {"2p1 complex: cos theta", One(2, 1, 1, Basis::Complex), cosTheta, belt},
+        {"27,20,-7 complex: cos theta", One(27, 20, -7, Basis::Complex), cosTheta,
+         LegendreCdf(20, 7)},
         {"3d+2 real: phi", One(3, 2, 2), azimuth, cos2},
         {"3d-2 real: phi", One(3, 2, -2), azimuth, sin2},
     };
