@@ -72,7 +72,7 @@ double ReachOf(const Superposition& s, double level) {
     for (const Term& term : terms) {
         const State& st = term.state;
         radial.emplace_back(st.n, st.l, st.Z);
-        reach = std::max(reach, RadialTable(st, SampleWeight::Density).Upper());
+        reach = std::max(reach, RadialReach(st, SampleWeight::Density));
     }
     const double step = reach / 4096;
     for (double r = reach; r > 0; r -= step) {
