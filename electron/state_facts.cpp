@@ -73,7 +73,7 @@ std::vector<double> LaguerreZeros(int32_t k, double alpha) {
 double MostProbableRho(int32_t k, double alpha, int32_t l, const std::vector<double>& zeros) {
     auto g = [&](double rho) {
         const double lower = k == 0 ? 0.0 : Laguerre(k - 1, alpha + 1.0, rho);
-        return (l + 1.0 - 0.5 * rho) * Laguerre(k, alpha, rho) + rho * lower;
+        return (l + 1.0 - 0.5 * rho) * Laguerre(k, alpha, rho) - rho * lower;
     };
     auto logP = [&](double rho) {
         return 2.0 * (l + 1.0) * std::log(rho) - rho + 2.0 * std::log(std::fabs(Laguerre(k, alpha, rho)));
