@@ -16,12 +16,12 @@ struct Beat {
 };
 
 struct StateFacts {
-    int32_t n, l, m, Z;  ///< of the first term
+    int32_t n, l, m, Z;              ///< of the first term
     double energyHartree, energyEv;  ///< a superposition: <E>
     int32_t radialNodes, angularNodes;
-    std::vector<double> nodeRadii;  ///< ascending, Bohr
+    std::vector<double> nodeRadii;          ///< ascending, Bohr
     double meanRadius, mostProbableRadius;  ///< Bohr
-    std::vector<Beat> beats;  ///< one per pair of distinct energies
+    std::vector<Beat> beats;                ///< one per pair of distinct energies
 };
 
 /// The facts of `s`; for a superposition n, l, m, Z and the radii are the first term's.

@@ -1,12 +1,13 @@
 // Hybrids: their parts' weights, orthonormality within a kind, sign along their axes, and
 // refusals.
+#include "electron/hybrids.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <map>
 #include <tuple>
 
-#include "electron/hybrids.h"
 #include "electron/state_wave.h"
 #include "support/error.h"
 
@@ -90,7 +91,8 @@ TEST(Hybrid, WeightsAndAxesAreTheTextbookOnes) {
     };
     for (const Row& row : rows) {
         for (int32_t n : {0, 5}) {
-            SCOPED_TRACE(testing::Message() << static_cast<int>(row.kind) << ":" << row.k << "@" << n);
+            SCOPED_TRACE(testing::Message()
+                         << static_cast<int>(row.kind) << ":" << row.k << "@" << n);
             const Superposition h = Hybrid(row.kind, row.k, n);
             const auto w = Weights(h);
             for (int l = 0; l < 3; ++l) EXPECT_NEAR(w[l], row.weights[l], 1e-15);
@@ -106,8 +108,8 @@ TEST(Hybrid, WeightsAndAxesAreTheTextbookOnes) {
 
 TEST(Hybrid, RefusesAnIndexOrShellOutOfRangeWithASentence) {
     const std::tuple<HybridKind, int32_t, int32_t> bad[] = {
-        {HybridKind::Sp, 2, 0},   {HybridKind::Sp3, -1, 0}, {HybridKind::Sp3d2, 6, 0},
-        {HybridKind::Sp2, 0, 1},  {HybridKind::Sp3d, 0, 2}, {HybridKind::Sp3, 0, 31}};
+        {HybridKind::Sp, 2, 0},  {HybridKind::Sp3, -1, 0}, {HybridKind::Sp3d2, 6, 0},
+        {HybridKind::Sp2, 0, 1}, {HybridKind::Sp3d, 0, 2}, {HybridKind::Sp3, 0, 31}};
     for (const auto& [kind, k, n] : bad) {
         try {
             Hybrid(kind, k, n);

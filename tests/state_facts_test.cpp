@@ -1,9 +1,10 @@
 // A state's facts against closed forms, and node radii where R_nl changes sign.
+#include "electron/state_facts.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "electron/state_facts.h"
 #include "electron/state_wave.h"
 
 using namespace veltara;
@@ -18,7 +19,8 @@ StateFacts Of(int32_t n, int32_t l, int32_t m, Basis basis = Basis::Real, int32_
 void ExpectRelative(const std::vector<double>& got, const std::vector<double>& expected,
                     double tolerance) {
     ASSERT_EQ(got.size(), expected.size());
-    for (size_t i = 0; i < got.size(); ++i) EXPECT_NEAR(got[i], expected[i], tolerance * expected[i]);
+    for (size_t i = 0; i < got.size(); ++i)
+        EXPECT_NEAR(got[i], expected[i], tolerance * expected[i]);
 }
 
 }  // namespace
@@ -32,10 +34,12 @@ TEST(StateFacts, NodesAndRadiiFollowTheClosedForms) {
     std::vector<double> fourS;
     {
         // Depressed: r = u + 8, u³ - 48u - 64 = 0, u = 8 cos(phi/3 - 2 pi k/3), cos phi = 1/2.
-        for (int k : {2, 1, 0}) fourS.push_back(8 + 8 * std::cos(std::acos(0.5) / 3 - 2 * M_PI * k / 3));
+        for (int k : {2, 1, 0})
+            fourS.push_back(8 + 8 * std::cos(std::acos(0.5) / 3 - 2 * M_PI * k / 3));
     }
     ExpectRelative(Of(2, 0, 0).nodeRadii, {2}, 1e-8);
-    ExpectRelative(Of(3, 0, 0, Basis::Real, 3).nodeRadii, {(9 - 3 * s3) / 6, (9 + 3 * s3) / 6}, 1e-8);
+    ExpectRelative(Of(3, 0, 0, Basis::Real, 3).nodeRadii, {(9 - 3 * s3) / 6, (9 + 3 * s3) / 6},
+                   1e-8);
     ExpectRelative(Of(3, 1, -1, Basis::Complex).nodeRadii, {6}, 1e-8);
     ExpectRelative(Of(4, 1, 0).nodeRadii, {10 - 2 * s5, 10 + 2 * s5}, 1e-8);
     ExpectRelative(Of(4, 0, 0, Basis::Real, 2, true).nodeRadii,
@@ -45,9 +49,12 @@ TEST(StateFacts, NodesAndRadiiFollowTheClosedForms) {
         StateFacts f;
         double mostProbable, mean;
     };
-    const Row rows[] = {{Of(1, 0, 0), 1, 1.5},         {Of(1, 0, 0, Basis::Real, 3), 1. / 3, 0.5},
-                        {Of(2, 1, 1), 4, 5},           {Of(3, 2, 0), 9, 10.5},
-                        {Of(30, 29, 3, Basis::Complex, 2), 450, 457.5}, {Of(2, 0, 0), 3 + s5, 6}};
+    const Row rows[] = {{Of(1, 0, 0), 1, 1.5},
+                        {Of(1, 0, 0, Basis::Real, 3), 1. / 3, 0.5},
+                        {Of(2, 1, 1), 4, 5},
+                        {Of(3, 2, 0), 9, 10.5},
+                        {Of(30, 29, 3, Basis::Complex, 2), 450, 457.5},
+                        {Of(2, 0, 0), 3 + s5, 6}};
     for (const Row& row : rows) {
         EXPECT_NEAR(row.f.mostProbableRadius, row.mostProbable, 1e-7 * row.mostProbable);
         EXPECT_NEAR(row.f.meanRadius, row.mean, 1e-15 * row.mean);
@@ -71,7 +78,8 @@ TEST(StateFacts, NodesAreSignChangesAndTheMostProbableRadiusIsTheLargestMaximum)
         const double top = f.mostProbableRadius, step = top * 1e-7;
         EXPECT_GT(p(top), p(top - step));
         EXPECT_GT(p(top), p(top + step));
-        for (double r = step; r < 4.0 * n * n / Z; r += 0.01 * n / Z) EXPECT_LE(p(r), p(top) * (1 + 1e-12));
+        for (double r = step; r < 4.0 * n * n / Z; r += 0.01 * n / Z)
+            EXPECT_LE(p(r), p(top) * (1 + 1e-12));
     }
 }
 
@@ -86,13 +94,16 @@ TEST(StateFacts, EnergyNodeCountsAndBeats) {
     EXPECT_EQ(Of(4, 1, 0).radialNodes, 2);
     EXPECT_TRUE(d.beats.empty());
     // 1s + 2p: 0.375 hartree, 0.405 fs, 121.5 nm; with 3d two more energies, three beats.
-    const StateFacts two = FactsOf(MakeSuperposition({{1.0, State{1, 0, 0}}, {1.0, State{2, 1, 0}}}));
+    const StateFacts two =
+        FactsOf(MakeSuperposition({{1.0, State{1, 0, 0}}, {1.0, State{2, 1, 0}}}));
     EXPECT_DOUBLE_EQ(two.energyHartree, -0.3125);
     ASSERT_EQ(two.beats.size(), 1u);
     EXPECT_EQ(two.beats[0].deltaHartree, 0.375);
     EXPECT_NEAR(two.beats[0].periodFs, 0.405, 5e-4);
     EXPECT_NEAR(two.beats[0].wavelengthNm, 121.5, 0.05);
-    const StateFacts three = FactsOf(MakeSuperposition(
-        {{1.0, State{1, 0, 0}}, {1.0, State{2, 1, 0}}, {1.0, State{2, 1, 1}}, {1.0, State{3, 2, 0}}}));
+    const StateFacts three = FactsOf(MakeSuperposition({{1.0, State{1, 0, 0}},
+                                                        {1.0, State{2, 1, 0}},
+                                                        {1.0, State{2, 1, 1}},
+                                                        {1.0, State{3, 2, 0}}}));
     EXPECT_EQ(three.beats.size(), 3u);
 }

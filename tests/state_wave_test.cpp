@@ -1,5 +1,7 @@
 // Psi, density, radial view and P(r) of any state, against 80-digit values, closed forms,
 // the catalogue's own densities and quadrature.
+#include "electron/state_wave.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -10,7 +12,6 @@
 
 #include "electron/cElectron.h"
 #include "electron/modOrbitals.h"
-#include "electron/state_wave.h"
 #include "electron/wavefunction.h"
 #include "support/error.h"
 
@@ -78,8 +79,8 @@ TEST(StateWave, CatalogueRowsAreTheirStatesAndKeepTheirDoubles) {
             EXPECT_EQ(RadialView(s, p[0], p[1], p[2], 0.0), orbital->GetRealDRPDF(squares));
             const double r = std::sqrt(squares.Xs + squares.Ys + squares.Zs);
             const double radial = RadialR(st.n, st.l, 1, r);
-            const double general = average ? radial * radial / (4 * kPi)
-                                           : std::norm(Psi(s, p[0], p[1], p[2], 0.0));
+            const double general =
+                average ? radial * radial / (4 * kPi) : std::norm(Psi(s, p[0], p[1], p[2], 0.0));
             EXPECT_NEAR(general, pdf, 1e-12 * pdf);
             if (!average && pdf > 1e-12) {
                 EXPECT_EQ(Psi(s, p[0], p[1], p[2], 0.0).real() > 0,
@@ -152,8 +153,9 @@ TEST(StateWave, RadialDistributionIsTheDensityIntegratedOverTheSphere) {
         for (int i = 0; i < nodes; ++i) {
             for (int j = 0; j < slices; ++j) {
                 const double phi = 2 * kPi * j / slices, sine = std::sqrt(1 - u[i] * u[i]);
-                integral += w[i] * (2 * kPi / slices) *
-                            Density(s, r * sine * std::cos(phi), r * sine * std::sin(phi), r * u[i], t);
+                integral +=
+                    w[i] * (2 * kPi / slices) *
+                    Density(s, r * sine * std::cos(phi), r * sine * std::sin(phi), r * u[i], t);
             }
         }
         EXPECT_NEAR(RadialDistribution(s, r, t), r * r * integral, 1e-13);
@@ -164,7 +166,8 @@ TEST(StateWave, ShellAverageIsTheSphericalMeanAndHasNoPsi) {
     const auto av = MakeSuperposition(State{3, 1, 0, Basis::Real, 2, true});
     // R_31 by hand, Z = 2, rho = 2Zr/3: Z^(3/2) rho (4 - rho) e^(-rho/2) / (9 sqrt 6).
     const double r = 1.9, rho = 4 * r / 3;
-    const double R = std::pow(2.0, 1.5) * rho * (4 - rho) * std::exp(-rho / 2) / (9 * std::sqrt(6.0));
+    const double R =
+        std::pow(2.0, 1.5) * rho * (4 - rho) * std::exp(-rho / 2) / (9 * std::sqrt(6.0));
     EXPECT_NEAR(Density(av, 0, r * 0.6, r * 0.8, 0), R * R / (4 * kPi), 1e-15);
     EXPECT_NEAR(RadialDistribution(av, r, 0), r * r * R * R, 1e-14);
     EXPECT_EQ(ErrorOf([&] { Psi(av, 1, 0, 0, 0); }), kErrInvalidCall);
@@ -174,7 +177,9 @@ TEST(StateWave, RefusesNonFiniteInputWithASentence) {
     const auto s = One(2, 1, 0);
     const double nan = std::nan("");
     EXPECT_EQ(ErrorOf([&] { Psi(s, nan, 0, 0, 0); }), kErrInvalidCall);
-    EXPECT_EQ(ErrorOf([&] { Density(MakeSuperposition(State{5, 1, 0}), 0, INFINITY, 0, 0); }),
+    EXPECT_EQ(ErrorOf([&] {
+                  Density(MakeSuperposition(State{5, 1, 0}), 0, INFINITY, 0, 0);
+              }),
               kErrInvalidCall);
     EXPECT_EQ(ErrorOf([&] { Psi(s, 1, 0, 0, nan); }), kErrInvalidCall);
     EXPECT_EQ(ErrorOf([&] { RadialR(3, 3, 1, 1.0); }), kErrInvalidCall);
