@@ -26,24 +26,19 @@ void ExpectRelative(const std::vector<double>& got, const std::vector<double>& e
 }  // namespace
 
 // Nodes of the radial polynomials by hand: 2s (2 - r), 3s (27 - 18r + 2r²), 3p (6 - r),
-// 4p (r² - 20r + 80), 4s (192 - 144r + 24r² - r³: roots by Cardano, trigonometric form),
-// all scaled by 1/Z. Most probable radii: n²/Z for l = n - 1, 2s (3 + sqrt 5).
+// 4p (r² - 20r + 80), 4s (r³ - 24r² + 144r - 192: with r = 8 + u, u³ - 48u - 64 = 0, whose
+// roots are 8 cos(pi/9 - 2 pi k/3)), all scaled by 1/Z. Most probable radii: n²/Z for l = n - 1, 2s
+// (3 + sqrt 5).
 TEST(StateFacts, NodesAndRadiiFollowTheClosedForms) {
     const double s3 = std::sqrt(3.0), s5 = std::sqrt(5.0);
-    // 4s: r = 4 + 8 sqrt2 cos((acos(-1/(2 sqrt2)) ... ) from r³ - 24r² + 144r - 192 = 0.
-    std::vector<double> fourS;
-    {
-        // Depressed: r = u + 8, u³ - 48u - 64 = 0, u = 8 cos(phi/3 - 2 pi k/3), cos phi = 1/2.
-        for (int k : {2, 1, 0})
-            fourS.push_back(8 + 8 * std::cos(std::acos(0.5) / 3 - 2 * M_PI * k / 3));
-    }
+    auto fourS = [](int k) { return 8 + 8 * std::cos(M_PI / 9 - 2 * M_PI * k / 3); };
     ExpectRelative(Of(2, 0, 0).nodeRadii, {2}, 1e-8);
     ExpectRelative(Of(3, 0, 0, Basis::Real, 3).nodeRadii, {(9 - 3 * s3) / 6, (9 + 3 * s3) / 6},
                    1e-8);
     ExpectRelative(Of(3, 1, -1, Basis::Complex).nodeRadii, {6}, 1e-8);
     ExpectRelative(Of(4, 1, 0).nodeRadii, {10 - 2 * s5, 10 + 2 * s5}, 1e-8);
     ExpectRelative(Of(4, 0, 0, Basis::Real, 2, true).nodeRadii,
-                   {fourS[0] / 2, fourS[1] / 2, fourS[2] / 2}, 1e-8);
+                   {fourS(2) / 2, fourS(1) / 2, fourS(0) / 2}, 1e-8);
     EXPECT_TRUE(Of(5, 4, 4).nodeRadii.empty());
     struct Row {
         StateFacts f;
