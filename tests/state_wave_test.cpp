@@ -60,6 +60,19 @@ TEST(StateWave, PsiMatchesEightyDigitValuesUpToShell30) {
     EXPECT_EQ(rows, 840);
 }
 
+// psi_Z(r) = Z^(3/2) psi_1(Z r), up to the largest charge.
+TEST(StateWave, ChargeScalesLengthsAndAmplitude) {
+    for (int32_t Z : {2, 37, 100}) {
+        const auto ion = One(7, 3, -2, Basis::Complex, Z), hydrogen = One(7, 3, -2, Basis::Complex);
+        for (double d : {0.5, 9.0, 40.0}) {
+            const double x = 0.48 * d, y = -0.6 * d, z = 0.64 * d;
+            const std::complex<double> expected = std::pow(Z, 1.5) * Psi(hydrogen, x, y, z, 0);
+            EXPECT_LE(std::abs(Psi(ion, x / Z, y / Z, z / Z, 0) - expected),
+                      1e-13 * std::abs(expected));
+        }
+    }
+}
+
 // Every catalogue row is the real state its n, l, m name: the general evaluator gives its
 // density to 1e-12 and the sign of its wavefunction; as a state it gives its doubles exactly.
 TEST(StateWave, CatalogueRowsAreTheirStatesAndKeepTheirDoubles) {
