@@ -116,6 +116,7 @@ TEST(StateWave, SuperpositionEvolvesWithEachTermsEnergy) {
             std::sqrt(2.0);
         EXPECT_LT(std::abs(Psi(s, x, y, z, t) - expected), 1e-15);
         EXPECT_NEAR(Density(s, x, y, z, t), std::norm(expected), 1e-15);
+        EXPECT_NEAR(RadialView(s, x, y, z, t), std::norm(expected) * std::hypot(x, y) * r, 1e-15);
     }
     EXPECT_FALSE(IsRealValued(s));
     EXPECT_TRUE(IsRealValued(MakeSuperposition({{0.6, State{2, 1, 1}}, {-0.8, State{3, 2, -2}}})));
