@@ -10,7 +10,7 @@
 namespace veltara {
 
 AngularFunction::AngularFunction(int32_t l, int32_t m, bool complex)
-    : mL(l), mM(m < 0 ? -m : m), mSign(m < 0 ? -1 : 1), mComplex(complex) {
+    : mM(m < 0 ? -m : m), mSign(m < 0 ? -1 : 1), mComplex(complex) {
     // The normalised P_|m|^|m| / sin^|m|: sqrt((2|m|+1)/(4 pi) prod_(k<=|m|) (2k-1)/(2k)).
     double start = (2.0 * mM + 1.0) / (4.0 * std::numbers::pi);
     for (int32_t k = 1; k <= mM; ++k) start *= (2.0 * k - 1.0) / (2.0 * k);
