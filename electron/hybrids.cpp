@@ -43,8 +43,8 @@ Recipe RecipeOf(HybridKind kind, int32_t k) {
             if (k < 2) return {{0, 0, k == 0 ? 1.0 : -1.0}, {0, 0.5, 0.5}};
             return {kPlane[k - 2], {1.0 / 3, 2.0 / 3, 0}};
         case HybridKind::Sp3d2: {
-            constexpr Axis kAxes[6] = {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0},
-                                       {0, -1, 0}, {0, 0, 1}, {0, 0, -1}};
+            constexpr Axis kAxes[6] = {{1, 0, 0},  {-1, 0, 0}, {0, 1, 0},
+                                       {0, -1, 0}, {0, 0, 1},  {0, 0, -1}};
             return {kAxes[k], {1.0 / 6, 0.5, 1.0 / 3}};
         }
     }
@@ -61,7 +61,8 @@ const char* NameOf(HybridKind kind) {
 int32_t HybridCount(HybridKind kind) {
     constexpr int32_t kCounts[] = {2, 3, 4, 5, 6};
     const auto i = static_cast<int32_t>(kind);
-    if (i < 0 || i > 4) Raise(kErrInvalidCall, "the hybrid kind must be sp, sp2, sp3, sp3d or sp3d2");
+    if (i < 0 || i > 4)
+        Raise(kErrInvalidCall, "the hybrid kind must be sp, sp2, sp3, sp3d or sp3d2");
     return kCounts[i];
 }
 
@@ -97,7 +98,8 @@ Superposition Hybrid(HybridKind kind, int32_t k, int32_t n) {
         const double scale = tailSign * std::sqrt(recipe.weight[l] / norm);
         for (int32_t m = -l; m <= l; ++m) {
             if (coefficient[m + l] == 0.0) continue;
-            terms.push_back(Term{coefficient[m + l] * scale, State{n, l, m, Basis::Real, 1, false}});
+            terms.push_back(
+                Term{coefficient[m + l] * scale, State{n, l, m, Basis::Real, 1, false}});
         }
     }
     return MakeSuperposition(terms);

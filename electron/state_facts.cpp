@@ -15,13 +15,14 @@ namespace {
 
 constexpr double kEvPerHartree = 27.211386245988;
 constexpr double kHbarOverHartreeFs = 2.4188843265857e-2;  // hbar/E_h in femtoseconds
-constexpr double kPlanckTimesLightEvNm = 1239.84198;        // h c in eV nm
+constexpr double kPlanckTimesLightEvNm = 1239.84198;       // h c in eV nm
 
 /// L^alpha_k(x) by the three-term recurrence.
 double Laguerre(int32_t k, double alpha, double x) {
     double previous = 0.0, current = 1.0;
     for (int32_t j = 0; j < k; ++j) {
-        const double next = ((2.0 * j + 1.0 + alpha - x) * current - (j + alpha) * previous) / (j + 1.0);
+        const double next =
+            ((2.0 * j + 1.0 + alpha - x) * current - (j + alpha) * previous) / (j + 1.0);
         previous = current;
         current = next;
     }
@@ -73,10 +74,11 @@ std::vector<double> LaguerreZeros(int32_t k, double alpha) {
 double MostProbableRho(int32_t k, double alpha, int32_t l, const std::vector<double>& zeros) {
     auto g = [&](double rho) {
         const double lower = k == 0 ? 0.0 : Laguerre(k - 1, alpha + 1.0, rho);
-        return (l + 1.0 - 0.5 * rho) * Laguerre(k, alpha, rho) + rho * lower;
+        return (l + 1.0 - 0.5 * rho) * Laguerre(k, alpha, rho) - rho * lower;
     };
     auto logP = [&](double rho) {
-        return 2.0 * (l + 1.0) * std::log(rho) - rho + 2.0 * std::log(std::fabs(Laguerre(k, alpha, rho)));
+        return 2.0 * (l + 1.0) * std::log(rho) - rho +
+               2.0 * std::log(std::fabs(Laguerre(k, alpha, rho)));
     };
     std::vector<double> edges{0.0};
     edges.insert(edges.end(), zeros.begin(), zeros.end());
@@ -125,13 +127,12 @@ StateFacts FactsOf(const Superposition& s) {
         const double e = StateEnergy(term.state);
         const State& st = term.state;
         f.energyHartree += weight * e;
-        f.meanRadius +=
-            weight * (3.0 * st.n * st.n - st.l * (st.l + 1.0)) / (2.0 * st.Z);
+        f.meanRadius += weight * (3.0 * st.n * st.n - st.l * (st.l + 1.0)) / (2.0 * st.Z);
         if (std::find(energies.begin(), energies.end(), e) == energies.end()) energies.push_back(e);
     }
     f.energyEv = f.energyHartree * kEvPerHartree;
     f.radialNodes = first.n - first.l - 1;
-    f.angularNodes = first.shellAverage ? 0
+    f.angularNodes = first.shellAverage           ? 0
                      : first.basis == Basis::Real ? first.l
                                                   : first.l - std::abs(first.m);
     const double alpha = 2.0 * first.l + 1.0;

@@ -151,7 +151,8 @@ double RadialView(const Superposition& s, double x, double y, double z, double t
 void PsiBatch(const Superposition& s, double t, const double* xyz, size_t count,
               std::complex<double>* out) {
     const WaveEvaluator wave(s, t);
-    for (size_t i = 0; i < count; ++i) out[i] = wave.Psi(xyz[3 * i], xyz[3 * i + 1], xyz[3 * i + 2]);
+    for (size_t i = 0; i < count; ++i)
+        out[i] = wave.Psi(xyz[3 * i], xyz[3 * i + 1], xyz[3 * i + 2]);
 }
 
 void DensityBatch(const Superposition& s, double t, const double* xyz, size_t count, double* out) {

@@ -10,6 +10,7 @@
 #include <numbers>
 #include <vector>
 
+#include "electron/hybrids.h"
 #include "electron/state_wave.h"
 #include "support/error.h"
 
@@ -26,7 +27,7 @@ Superposition One(int32_t n, int32_t l, int32_t m, Basis basis = Basis::Real, in
     return MakeSuperposition(State{n, l, m, basis, Z, false});
 }
 
-std::vector<double> Points(const Superposition& s, SampleWeight w, double t = 0, uint64_t seed = 7,
+std::vector<double> Points(const Superposition& s, SampleWeight w, double t = 2, uint64_t seed = 7,
                            size_t count = kCount) {
     std::vector<double> xyz(3 * count);
     Sample(s, t, seed, count, w, xyz.data(), nullptr);
@@ -76,6 +77,26 @@ std::function<double(double)> LaguerreCdf(int n, int l, double rMax) {
     };
 }
 
+// The CDF of cos theta under P_l^m(u)² by Simpson's rule on std::assoc_legendre.
+std::function<double(double)> LegendreCdf(int l, int m) {
+    constexpr int kSteps = 20000;
+    auto cum = std::make_shared<std::vector<double>>(kSteps / 2 + 1, 0.0);
+    const double h = 2.0 / kSteps;
+    auto f = [=](double u) {
+        return std::pow(std::assoc_legendre(unsigned(l), unsigned(m), u), 2);
+    };
+    for (int i = 0; i < kSteps / 2; ++i)
+        (*cum)[i + 1] =
+            (*cum)[i] +
+            h / 3 * (f(-1 + 2 * i * h) + 4 * f(-1 + (2 * i + 1) * h) + f(-1 + (2 * i + 2) * h));
+    return [cum, h](double u) {
+        const double x = (u + 1) / (2 * h);
+        const size_t i = std::min(cum->size() - 2, static_cast<size_t>(x));
+        return ((*cum)[i] + (x - static_cast<double>(i)) * ((*cum)[i + 1] - (*cum)[i])) /
+               cum->back();
+    };
+}
+
 std::vector<double> Column(const std::vector<double>& xyz,
                            const std::function<double(const double*)>& of) {
     std::vector<double> v;
@@ -106,6 +127,18 @@ TEST(Sampling, RadiiFollowTheRadialDistribution) {
         {"3p1 radial view", One(3, 1, 1), V,
          Gamma(2.0 / 3, {295245, 196830, 65610, 14580, 2430, 324, 36, 0, 1})},
         {"12h", One(12, 5, 3), D, LaguerreCdf(12, 5, 600)},
+        {"30s", One(30, 0, 0), D, LaguerreCdf(30, 0, 3000)},
+        {"27,20", One(27, 20, -7, Basis::Complex), D, LaguerreCdf(27, 20, 3000)},
+        // Over angles the cross term of 1s and 2p0 in the radial view is 0; the halves weigh
+        // <r²>_1s pi / 4 = 3 pi / 4 and <r²>_2p (3 pi / 16) = 90 pi / 16.
+        {"1s + 2p0 radial view at t 2",
+         MakeSuperposition({{1.0, State{1, 0, 0}}, {1.0, State{2, 1, 0}}}), V,
+         [](double r) {
+             const double a = 3 * kPi / 4, b = 90 * kPi / 16;
+             return (a * Gamma(2, {3, 6, 6, 4, 2})(r) +
+                     b * Gamma(1, {1, 1, 1 / 2., 1 / 6., 1 / 24., 1 / 120., 1 / 720.})(r)) /
+                    (a + b);
+         }},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -124,29 +157,37 @@ TEST(Sampling, AnglesFollowTheHarmonics) {
     const auto belt = [](double u) { return (3 * u - u * u * u + 2) / 4; };  // 3/4 (1 - u²)
     const auto cos2 = [](double phi) { return (phi + std::sin(4 * phi) / 4) / (2 * kPi); };
     const auto sin2 = [](double phi) { return (phi - std::sin(4 * phi) / 4) / (2 * kPi); };
+    // The radial view of 2p0 weighs cos theta by sin theta more: u² sqrt(1 - u²).
+    const auto viewed = [](double u) {
+        return (std::asin(u) - u * std::sqrt(1 - u * u) * (1 - 2 * u * u) + kPi / 2) / kPi;
+    };
     struct Case {
         const char* what;
         Superposition s;
         std::function<double(const double*)> of;
         std::function<double(double)> cdf;
+        SampleWeight w = SampleWeight::Density;
     };
     const Case cases[] = {
         {"2p0: cos theta", One(2, 1, 0), cosTheta, squared},
+        {"2p0 radial view: cos theta", One(2, 1, 0), cosTheta, viewed, SampleWeight::RadialView},
         {"2p+1 real: x / r", One(2, 1, 1), along(0), squared},
         {"3p-1 real: y / r", One(3, 1, -1), along(1), squared},
         {"2p1 complex: cos theta", One(2, 1, 1, Basis::Complex), cosTheta, belt},
+        {"27,20,-7 complex: cos theta", One(27, 20, -7, Basis::Complex), cosTheta,
+         LegendreCdf(20, 7)},
         {"3d+2 real: phi", One(3, 2, 2), azimuth, cos2},
         {"3d-2 real: phi", One(3, 2, -2), azimuth, sin2},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        EXPECT_LT(KsDistance(Column(Points(c.s, SampleWeight::Density), c.of), c.cdf), kKsLimit);
+        EXPECT_LT(KsDistance(Column(Points(c.s, c.w), c.of), c.cdf), kKsLimit);
     }
 }
 
 // 1s + 2p0 in equal parts: <z>(t) = <1s|z|2p0> cos(0.375 t), <1s|z|2p0> = 2^7 sqrt 2 / 3^5
 // = 0.7449 Bohr.
-TEST(Sampling, SuperpositionMeanFollowsItsBeat) {
+TEST(Sampling, MeanPositionsOfSuperpositions) {
     const auto s = MakeSuperposition({{1.0, State{1, 0, 0}}, {1.0, State{2, 1, 0}}});
     constexpr size_t kMany = 200000;
     // <z²> = (1 + 18) / 2 for the two halves, so the mean of kMany has sd sqrt(9.5 / kMany).
@@ -157,6 +198,17 @@ TEST(Sampling, SuperpositionMeanFollowsItsBeat) {
         for (size_t i = 2; i < xyz.size(); i += 3) sum += xyz[i];
         EXPECT_NEAR(sum / kMany, 128 * std::sqrt(2.0) / 243 * std::cos(0.375 * t), tolerance)
             << "t = " << t;
+    }
+    // sp3 hybrid 0 = -1/2 2s + sqrt 3 / 2 2p along (1, 1, 1) / sqrt 3, its 2p parts sharing one
+    // radial function: <r> = 2 (1/2) (sqrt 3 / 2) 3 along the axis (<2s|z|2p0> = -3 Bohr, from
+    // the radial integral -3 sqrt 3 and the angular 1 / sqrt 3), 1.5 Bohr on each axis.
+    // <x²> is at most 14 for these parts.
+    const std::vector<double> xyz =
+        Points(Hybrid(HybridKind::Sp3, 0), SampleWeight::Density, 0, 5, kMany);
+    for (int axis = 0; axis < 3; ++axis) {
+        double sum = 0;
+        for (size_t i = axis; i < xyz.size(); i += 3) sum += xyz[i];
+        EXPECT_NEAR(sum / kMany, 1.5, 4.5 * std::sqrt(14.0 / kMany)) << axis;
     }
 }
 

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Writes state_values.txt: psi of randomly drawn hydrogen-like states (n up to 30, both
+"""Writes tests/data/state_values.txt: psi of randomly drawn hydrogen-like states (n up to 30, both
 bases, Z up to 3) at points spread over each state's extent, at 80 digits with mpmath, from
 the explicit sums of the Laguerre and Legendre polynomials (no recurrence).
 
-Each line: n l m basis(r|c) Z x y z Re(psi) Im(psi) max|psi|. Run: python3 state_values.py
+Each line: n l m basis(r|c) Z x y z Re(psi) Im(psi) max|psi|. Run: python3 scripts/state_values.py
 """
+import os
 import random
 
 from mpmath import mp, mpf, binomial, factorial, sqrt, exp, cos, sin, atan2, acos, pi
@@ -83,8 +84,8 @@ def main():
             R = radial(n, l, Z, r)
             lines.append(f"{n} {l} {m} {basis} {Z} {x!r} {y!r} {z!r} "
                          f"{mp.nstr(R * re, 20)} {mp.nstr(R * im, 20)} {mp.nstr(peak, 20)}")
-    with open("state_values.txt", "w") as out:
-        out.write("# n l m basis Z x y z Re(psi) Im(psi) max|psi|; made by state_values.py\n")
+    with open(os.path.join(os.path.dirname(__file__), "..", "tests", "data", "state_values.txt"), "w") as out:
+        out.write("# n l m basis Z x y z Re(psi) Im(psi) max|psi|; made by scripts/state_values.py\n")
         out.write("\n".join(lines) + "\n")
 
 
