@@ -238,7 +238,13 @@ class OrbitalScheme : public cElectron {
                     o[i + 1] = Unscaled<V>(p[i + 1]);
                 }
             }
-            if (i < n) o[i] = Unscaled<V>(p[i]);
+            if (i < n) {
+                // The odd last point as a pair of itself: its doubles are the per-point ones.
+                const COORDdoubleParams twice[2] = {p[i], p[i]};
+                double values[2];
+                UnscaledRun<V>(twice, values, 2);
+                o[i] = values[0];
+            }
         }
     }
 
@@ -261,7 +267,12 @@ class OrbitalScheme : public cElectron {
                     o[i + 1] = Byte<V>(p[i + 1], scale);
                 }
             }
-            if (i < n) o[i] = Byte<V>(p[i], scale);
+            if (i < n) {
+                const COORDdoubleParams twice[2] = {p[i], p[i]};
+                uint8_t values[2];
+                ByteRun<V>(twice, values, 2, scale);
+                o[i] = values[0];
+            }
         }
     }
 };
