@@ -11,7 +11,7 @@ import sys
 
 import mpmath
 
-mpmath.mp.dps = 60
+mpmath.mp.dps = 400  # the sine of 2^1023 needs its 1023 bits of pi and more
 
 
 def arguments(rng, name, count):
@@ -41,13 +41,16 @@ def arguments(rng, name, count):
                 out.append(rng.uniform(1.0, 2.0) * 2.0 ** rng.randint(-1074, 1023))
     else:
         out += [0.0, 1.0, -1.0, 0.5, 0.3, 0.7, 3.141592653589793, 1.5707963267948966,
-                6.283185307179586, 1e-10, 355.0, 1.0e6, 103993.0]
+                6.283185307179586, 1e-10, 355.0, 1.0e6, 103993.0, 1e22, 1.7976931348623157e308,
+                -2.0 ** 1023, 1647100.0, 6381956970095103.0 * 2.0 ** 797]
         while len(out) < count:
             pick = rng.random()
             if pick < 0.5:
                 out.append(rng.uniform(-7.0, 7.0))
-            elif pick < 0.8:
+            elif pick < 0.7:
                 out.append(rng.uniform(-1.6e6, 1.6e6))
+            elif pick < 0.8:  # beyond 2^20 pi/2, up to the largest doubles
+                out.append(rng.choice([-1.0, 1.0]) * rng.uniform(1.0, 2.0) * 2.0 ** rng.randint(21, 1023))
             else:  # next to a multiple of pi/2
                 k = rng.randint(-100000, 100000)
                 out.append(float(k * mpmath.pi / 2) + rng.uniform(-1e-9, 1e-9))

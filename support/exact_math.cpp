@@ -113,6 +113,92 @@ int ReduceQuarterTurns(double x, double& y, double& yy) {
     return static_cast<int>(k & 3);
 }
 
+/// 32 bits of 2/pi from bit `pos` on (bit 1 the first after the binary point); bits before the
+/// point read as 0.
+uint64_t TwoOverPiWord(int pos) {
+    const auto word = [](int w) -> uint64_t { return w >= 0 && w < 38 ? kTwoOverPiBits[w] : 0; };
+    const int first = pos - 1;
+    const int w = first >= 0 ? first / 32 : -((31 - first) / 32);  // floor(first / 32)
+    const int o = first - 32 * w;
+    return ((word(w) << 32 | word(w + 1)) >> (32 - o)) & 0xffffffffu;
+}
+
+/// a x b = p + err exactly (Dekker's product: halves of 26 bits multiply without rounding).
+void ExactProduct(double a, double b, double& p, double& err) {
+    const double ca = 134217729.0 * a, cb = 134217729.0 * b;
+    const double ah = ca - (ca - a), al = a - ah;
+    const double bh = cb - (cb - b), bl = b - bh;
+    p = a * b;
+    err = (((ah * bh - p) + ah * bl) + al * bh) + al * bl;
+}
+
+/// ReduceQuarterTurns for any finite |x| >= 2^20: x 2/pi worked out in whole numbers from the
+/// bits of 2/pi that matter (Payne and Hanek's reduction).
+int ReduceWide(double x, double& y, double& yy) {
+    const uint64_t b = BitsOf(x);
+    const uint64_t m = (b & 0x000fffffffffffffull) | (1ull << 52);
+    const int e = static_cast<int>((b >> 52) & 0x7ff) - 1075;  // |x| = m 2^e
+    // The bits b_j of 2/pi with j <= e - 2 give multiples of 4 in m 2^e 2/pi; the 192 bits from
+    // j = e - 1 on, W, give |x| 2/pi = m W 2^-190 modulo 4.
+    uint32_t window[6];  // least significant first
+    for (int k = 0; k < 6; ++k)
+        window[5 - k] = static_cast<uint32_t>(TwoOverPiWord(e - 1 + 32 * k));
+    const uint32_t mLimb[2] = {static_cast<uint32_t>(m), static_cast<uint32_t>(m >> 32)};
+    uint32_t product[8] = {};  // m W, least significant limb first
+    for (int j = 0; j < 2; ++j) {
+        uint64_t carry = 0;
+        for (int i = 0; i < 6; ++i) {
+            const uint64_t t = uint64_t{mLimb[j]} * window[i] + product[i + j] + carry;
+            product[i + j] = static_cast<uint32_t>(t);
+            carry = t >> 32;
+        }
+        product[6 + j] = static_cast<uint32_t>(carry);
+    }
+    // Bits 190 and 191 are the quarter turns; the 128 bits below them the fraction.
+    int q = static_cast<int>(product[5] >> 30);
+    uint64_t hi =
+        uint64_t{product[5] & 0x3fffffffu} << 34 | uint64_t{product[4]} << 2 | product[3] >> 30;
+    uint64_t lo = uint64_t{product[3]} << 34 | uint64_t{product[2]} << 2 | product[1] >> 30;
+    double sign = 1.0;
+    if (hi >> 63) {  // a fraction of 1/2 or more: one quarter turn more, less the rest
+        ++q;
+        lo = ~lo + 1;
+        hi = ~hi + (lo == 0 ? 1 : 0);
+        sign = -1.0;
+    }
+    // The fraction's leading bit to the top (it may lie 60 bits down), then two exact doubles
+    // of 53 bits each.
+    int shift = 0;
+    if (hi == 0) {
+        hi = lo;
+        lo = 0;
+        shift = 64;
+    }
+    const int lead = hi == 0 ? 0 : __builtin_clzll(hi);
+    if (lead > 0) {
+        hi = hi << lead | lo >> (64 - lead);
+        lo <<= lead;
+    }
+    const double down = FromBitsOf(static_cast<uint64_t>(1023 - shift - lead) << 52);
+    const double a = static_cast<double>(hi >> 11) * 0x1p-53 * down;
+    const double c = static_cast<double>((hi & 0x7ff) << 42 | lo >> 22) * 0x1p-106 * down;
+    const double f = a + c;
+    const double ff = c - (f - a);
+    // The fraction of a quarter turn times pi/2, as a sum of two doubles.
+    constexpr double kPio2Hi = 0x1.921fb54442d18p+0, kPio2Lo = 0x1.1a62633145c07p-54;
+    double p, err;
+    ExactProduct(f, kPio2Hi, p, err);
+    const double tail = err + (f * kPio2Lo + ff * kPio2Hi);
+    y = sign * (p + tail);
+    yy = sign * ((p - (p + tail)) + tail);
+    if (x < 0) {
+        y = -y;
+        yy = -yy;
+        q = -q;
+    }
+    return q & 3;
+}
+
 /// Taylor coefficients 1/n! with alternating signs (rounded quotients, alike everywhere).
 constexpr double kS1 = -1.0 / 6.0, kS2 = 1.0 / 120.0, kS3 = -1.0 / 5040.0, kS4 = 1.0 / 362880.0,
                  kS5 = -1.0 / 39916800.0, kS6 = 1.0 / 6227020800.0, kS7 = -1.0 / 1307674368000.0,
@@ -154,8 +240,8 @@ double SinCos(double x, int shift) {
     double y = x, yy = 0.0;
     int q = 0;
     if (!(x >= -0x1.921fb54442d18p-1 && x <= 0x1.921fb54442d18p-1)) {
-        if (!(x > -kReductionLimit && x < kReductionLimit)) return kNaN;  // TODO wide reduction
-        q = ReduceQuarterTurns(x, y, yy);
+        q = x > -kReductionLimit && x < kReductionLimit ? ReduceQuarterTurns(x, y, yy)
+                                                        : ReduceWide(x, y, yy);
     }
     switch ((q + shift) & 3) {
         case 0:

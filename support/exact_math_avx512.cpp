@@ -2,6 +2,9 @@
 // AVX512 registers. This file alone is compiled for AVX512 (see CMakeLists.txt) and is called only
 // when the processor has it; it calls nothing outside itself but the scalar Exp.
 #if defined(__x86_64__)
+// GCC 12's gather and shift intrinsics start from a deliberately undefined register, which its
+// own uninitialised-use warning then flags inside the header.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #include <immintrin.h>
 
 #include "support/exact_math.h"

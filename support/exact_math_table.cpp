@@ -1,5 +1,5 @@
-// The table of the engine's exponential: 2^(i/128) for i = 0..127, made with mpmath at 80 digits
-// by scripts/exact_math_tables.py.
+// The tables of the engine's exponential (2^(i/128) for i = 0..127) and of its sine and cosine
+// (the bits of 2/pi), made with mpmath by scripts/exact_math_tables.py.
 #include "support/exact_math_table.h"
 
 namespace veltara::exact::table {
@@ -171,6 +171,16 @@ alignas(64) const double kTail[128] = {
     -0x1.e37bae43be3edp-55,
     0x1.7893b4d91cd9dp-56,
     0x1.305c14160cc89p-58,
+};
+
+// The bits of 2/pi after the binary point, 32 a word, most significant first: the argument
+// reduction of the sine and cosine for |x| beyond 2^20 pi/2.
+const uint32_t kTwoOverPiBits[38] = {
+    0xa2f9836e, 0x4e441529, 0xfc2757d1, 0xf534ddc0, 0xdb629599, 0x3c439041, 0xfe5163ab, 0xdebbc561,
+    0xb7246e3a, 0x424dd2e0, 0x06492eea, 0x09d1921c, 0xfe1deb1c, 0xb129a73e, 0xe88235f5, 0x2ebb4484,
+    0xe99c7026, 0xb45f7e41, 0x3991d639, 0x835339f4, 0x9c845f8b, 0xbdf9283b, 0x1ff897ff, 0xde05980f,
+    0xef2f118b, 0x5a0a6d1f, 0x6d367ecf, 0x27cb09b7, 0x4f463f66, 0x9e5fea2d, 0x7527bac7, 0xebe5f17b,
+    0x3d0739f7, 0x8a5292ea, 0x6bfb5fb1, 0x1f8d5d08, 0x56033046, 0xfc7b6bab,
 };
 
 }  // namespace veltara::exact::table

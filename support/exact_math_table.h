@@ -14,6 +14,7 @@ namespace veltara::exact::table {
 
 extern const uint64_t kScaleBits[128];
 extern const double kTail[128];
+extern const uint32_t kTwoOverPiBits[38];
 
 inline constexpr double kInvLn2N = 0x1.71547652b82fep+7;  // 128 / ln 2
 // ln 2 / 128 in two parts; the first has 34 significant bits, so k x kLn2HiN is exact for
