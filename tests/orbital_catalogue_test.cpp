@@ -123,8 +123,10 @@ double Hydrogen(const OrbInfo& o, double x, double y, double z) {
 }
 
 TEST(modOrbitals, EveryIndexGivesItsCatalogueEntryAndNoOtherIndexGivesAnObject) {
-    for (int16_t i = 0; i < kCatalogueSize; ++i) EXPECT_EQ(CreateElectron(i)->GetInfo(), kCatalogue[i]) << i;
-    for (int i : {-32768, -1, int{kCatalogueSize}, 32767}) EXPECT_EQ(CreateElectron(int16_t(i)), nullptr) << i;
+    for (int16_t i = 0; i < kCatalogueSize; ++i)
+        EXPECT_EQ(CreateElectron(i)->GetInfo(), kCatalogue[i]) << i;
+    for (int i : {-32768, -1, int{kCatalogueSize}, 32767})
+        EXPECT_EQ(CreateElectron(int16_t(i)), nullptr) << i;
 }
 
 TEST(Catalogue, EachRowNamesItsRealHydrogenStateAndOnlyThatStateFindsTheRow) {
