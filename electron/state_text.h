@@ -26,8 +26,9 @@ inline constexpr size_t kMaxStateTextLength = 1000;
 /// sentence for fields out of range.
 Superposition ParseState(std::string_view text);
 
-/// A text that ParseState reads back to exactly `s` (coefficients printed with 17 significant
-/// digits, so every double comes back bit for bit).
+/// A text that ParseState reads back to the same states with the same coefficients: each
+/// printed with the fewest digits (15 to 17) that read back as the same double; the
+/// renormalisation on reading may move a coefficient by a few units in its last place.
 std::string FormatState(const Superposition& s);
 
 }  // namespace veltara
