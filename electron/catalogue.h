@@ -76,6 +76,13 @@ inline constexpr int16_t kCatalogueLastIndex = kCatalogueSize - 1;
 /// The highest principal quantum number among the rows.
 inline constexpr int16_t kCatalogueHighestN = 4;
 
+/// Number of single-orbital rows; they come first, the averaged shells after them.
+inline constexpr int16_t kCatalogueSingleCount = [] {
+    int16_t count = 0;
+    while (count < kCatalogueSize && !kCatalogueRows[count].shellAverage) ++count;
+    return count;
+}();
+
 /// Whether `index` names a catalogue row.
 constexpr bool IsCatalogueIndex(int32_t index) { return index >= 0 && index < kCatalogueSize; }
 
