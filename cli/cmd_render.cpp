@@ -1,4 +1,5 @@
-// veltara render: one picture of an orbital, or a gallery of all 40 with a contact sheet.
+// veltara render: one picture of an orbital, or a gallery of the whole catalogue with a contact
+// sheet.
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
@@ -36,7 +37,7 @@ int RenderGallery(Session& session, const RenderArgs& args, const vt_RenderReque
     std::filesystem::create_directories(args.outDir, ec);
     if (ec) return FileError("cannot create " + args.outDir + ": " + ec.message());
 
-    // The contact sheet: the 40 small pictures in 8 columns and 5 rows, in catalogue order, each
+    // The contact sheet: the small pictures in rows of 8, in catalogue order, each
     // labelled with its orbital's name in its bottom left corner.
     constexpr int32_t kColumns = 8, kCell = 128;
     const int32_t count = static_cast<int32_t>(session.catalogue.entries.size());

@@ -9,7 +9,7 @@
 namespace {
 
 constexpr const char* kOrbitalHelp =
-    "orbital: catalogue index 0..39 or name, case-insensitive, with superscripts or plain "
+    "orbital: catalogue index (see veltara list) or name, case-insensitive, with superscripts or plain "
     "digits (3Dz2, 3Dz², 4Fz(x2-y2)); a shell average is av or avg + its name (av2S, avg4F), "
     "since the averaged S shells share their names with the single S orbitals";
 
@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
     CLI::App* render = app.add_subcommand("render", "one picture of an orbital as a PNG file");
     render->add_option("ORBITAL", renderArgs.orbital, kOrbitalHelp);
     render->add_flag("--all", renderArgs.all,
-                     "all 40 orbitals into --out-dir, with a contact sheet of small pictures");
+                     "every catalogue orbital into --out-dir, with a contact sheet of small pictures");
     render->add_option("--out", renderArgs.out, "PNG file (default: the orbital's name .png)");
     render->add_option("--out-dir", renderArgs.outDir, "folder of the --all gallery")
         ->capture_default_str();

@@ -8,12 +8,15 @@
 #include <numbers>
 
 #include "cli_support.h"
+#include "electron/catalogue.h"
 
 using vt_cli_test::Lines;
 using vt_cli_test::ReadFile;
 using vt_cli_test::RunVeltara;
 using vt_cli_test::ScratchDir;
 namespace fs = std::filesystem;
+using veltara::kCatalogueLastIndex;
+using veltara::kCatalogueSize;
 
 namespace {
 
@@ -49,11 +52,11 @@ std::vector<double> Numbers(const std::string& line) {
 
 TEST(VeltaraCommand, ListsVersionHelpAndAbout) {
     const auto text = RunVeltara("list");
-    EXPECT_EQ(Lines(text.out).size(), 41u);  // a header and 40 rows
+    EXPECT_EQ(Lines(text.out).size(), kCatalogueSize + 1u);  // a header and a row per entry
     const auto json = RunVeltara("list --json");
     ASSERT_EQ(json.exitCode, 0) << json.err;
     const nlohmann::json list = nlohmann::json::parse(json.out);
-    ASSERT_EQ(list.size(), 40u);
+    ASSERT_EQ(list.size(), size_t{kCatalogueSize});
     EXPECT_EQ(list[9]["name"], "3Dz\xC2\xB2");
     EXPECT_EQ(list[9]["key"], "3Dz\xC2\xB2");
     EXPECT_EQ(list[30]["key"], "av1S");
@@ -80,7 +83,7 @@ TEST(VeltaraCommand, FailedStandardOutputExits1) {
 TEST(VeltaraCommand, NumbersOutsideTheirRangesExit2NamingTheOption) {
     struct Case {
         std::string args;
-        const char* mention;  // what the one line must name
+        std::string mention;  // what the one line must name
     };
     const Case bad[] = {
         {"render 1S --radius 0", "--radius"},
@@ -102,7 +105,7 @@ TEST(VeltaraCommand, NumbersOutsideTheirRangesExit2NamingTheOption) {
         {"render 1S --mode fisheye", "--mode"},
         {"render 1S --size 200", "--size"},
         {"render 3Dz3", "3Dz\xC2\xB2"},
-        {"render 40", "0..39"},
+        {"render " + std::to_string(kCatalogueSize), "0.." + std::to_string(kCatalogueLastIndex)},
         {"render", "ORBITAL"},
         {"export 1S", "--cube"},
         {"export 1S --cube x --stride 0", "--stride"},
@@ -270,13 +273,14 @@ TEST(VeltaraCommand, GalleryHasFortyLabelledPictures) {
     const fs::path dir = ScratchDir() / "gallery";
     const auto o = RunVeltara("render --all --dots 300 --out-dir " + dir.string() + kClock);
     ASSERT_EQ(o.exitCode, 0) << o.err;
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 41);
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()),
+              kCatalogueSize + 1);
     EXPECT_TRUE(fs::exists(dir / "09-3Dz2.png") && fs::exists(dir / "31-av2S.png"));
     int w = 0, h = 0;
     const auto sheet = ReadRgb(dir / "contact-sheet.png", w, h);
-    ASSERT_EQ(std::make_pair(w, h), std::make_pair(8 * 128, 5 * 128));
+    ASSERT_EQ(std::make_pair(w, h), std::make_pair(8 * 128, (kCatalogueSize + 7) / 8 * 128));
     // Each 128-pixel cell carries its name in white in its bottom left corner.
-    for (int cell = 0; cell < 40; ++cell) {
+    for (int cell = 0; cell < kCatalogueSize; ++cell) {
         int white = 0;
         for (int y = cell / 8 * 128 + 115; y < cell / 8 * 128 + 126; ++y) {
             for (int x = cell % 8 * 128; x < cell % 8 * 128 + 40; ++x) {
