@@ -21,12 +21,11 @@ class AngularFunction {
     std::complex<double> operator()(double x, double y, double z, double r) const;
 
   private:
-    int32_t mL;
-    int32_t mM;      // |m|
-    int32_t mSign;   // -1: imaginary part (real basis, m < 0: the sine), else +1
+    int32_t mM;     // |m|
+    int32_t mSign;  // -1 for m < 0: the sine (real basis) or the conjugate (complex)
     bool mComplex;
-    double mPhase;   // (-1)^m for complex m > 0, else 1
-    double mStart;   // the normalised P_|m|^|m| / sin^|m| theta, times sqrt 2 if real and m != 0
+    double mPhase;  // (-1)^m for complex m > 0, else 1
+    double mStart;  // the normalised P_|m|^|m| / sin^|m| theta, times sqrt 2 if real and m != 0
     std::vector<double> mA;  // P_l = mA (cos theta P_(l-1) - mB P_(l-2)), from l = |m| + 1
     std::vector<double> mB;
 };

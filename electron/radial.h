@@ -22,10 +22,10 @@ class RadialFunction {
 
   private:
     int32_t mL;
-    int32_t mDegree;       // n - l - 1, the Laguerre polynomial's degree
-    double mScale;         // 2Z/n: rho = mScale * r
-    double mNorm;          // the normalisation sqrt((2Z/n)³ (n-l-1)!/(2n (n+l)!))
-    double mAlpha;         // 2l + 1
+    int32_t mDegree;         // n - l - 1, the Laguerre polynomial's degree
+    double mScale;           // 2Z/n: rho = mScale * r
+    double mNorm;            // the normalisation sqrt((2Z/n)³ (n-l-1)!/(2n (n+l)!))
+    double mAlpha;           // 2l + 1
     std::vector<double> mA;  // recurrence: L_(k+1) = (mA[k] - rho mB[k]) L_k - mC[k] L_(k-1)
     std::vector<double> mB;
     std::vector<double> mC;

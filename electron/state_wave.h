@@ -4,10 +4,43 @@
 #include <complex>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
+#include "electron/angular.h"
+#include "electron/radial.h"
 #include "electron/state.h"
 
 namespace veltara {
+
+class cElectron;
+
+/// A superposition at one time t, prepared once for many points: each distinct radial and
+/// angular function of its terms, and each coefficient times e^(-i E t). The free functions
+/// below prepare one per call; callers evaluating many points keep one instead.
+/// Errors (of the operations): 5 with a sentence for a non-finite coordinate; Psi also for a
+/// shell average.
+class WaveEvaluator {
+  public:
+    /// Raises 5 with a sentence for a non-finite t.
+    WaveEvaluator(const Superposition& s, double t);
+
+    std::complex<double> Psi(double x, double y, double z) const;
+    double Density(double x, double y, double z) const;
+    double RadialView(double x, double y, double z) const;
+
+  private:
+    struct Part {
+        std::complex<double> c;  // the coefficient times e^(-i E t)
+        size_t radial, angular;  // indices into mRadial, mAngular
+    };
+    std::vector<RadialFunction> mRadial;
+    std::vector<AngularFunction> mAngular;
+    std::vector<Part> mParts;
+    bool mShellAverage = false;
+    cElectron* mRow = nullptr;  // the catalogue row this state is, which gives its doubles
+
+    std::complex<double> Sum(double x, double y, double z, double r) const;
+};
 
 /// Psi(x, y, z, t) = sum c_k psi_k e^(-i E_k t), in a0^(-3/2), Bohr and hbar/E_h.
 /// Raises 5 for a shell average (a mixture has no phase).
