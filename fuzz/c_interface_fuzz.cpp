@@ -113,15 +113,15 @@ vt_RenderRequest Request(FuzzedDataProvider& in) {
     return q;
 }
 
-/// Renders through one of the two ways out of the engine. A volume costs a thousand dot frames,
-/// so one volume per sequence, small.
-void Render(Host& h, FuzzedDataProvider& in, bool& volumeDrawn) {
+/// Renders through one of the two ways out of the engine. A volume costs a thousand dot frames:
+/// it is a sequence's one costly call, and small.
+void Render(Host& h, FuzzedDataProvider& in, bool& costlyDone) {
     const int16_t slot = Slot(in);
     vt_RenderRequest q = Request(in);
     if (q.Mode == VT_VOLUMETRIC) {
-        if (volumeDrawn) q.Mode = VT_ORTHOGRAPHIC;
+        if (costlyDone) q.Mode = VT_ORTHOGRAPHIC;
         q.Size = VT_NANO;
-        volumeDrawn = true;
+        costlyDone = true;
     }
     if (in.ConsumeBool()) {
         const int32_t edge = VT_PICTURE_EDGE(q.Size);
@@ -150,8 +150,9 @@ void Render(Host& h, FuzzedDataProvider& in, bool& volumeDrawn) {
     Expect(OneOf(read, {0, 9}), "vt_surface_read", read);
 }
 
-/// The orbital's index in one of its four untyped forms, or an unknown kind.
-void Refill(Host& h, FuzzedDataProvider& in) {
+/// The orbital's index in one of its four untyped forms, or an unknown kind. A refill scans the
+/// whole grid, drawing for every point above the threshold: a sequence's one costly call.
+void Refill(Host& h, FuzzedDataProvider& in, bool& costlyDone) {
     vt_Variant index{};
     index.kind = in.ConsumeIntegralInRange<int32_t>(0, 4);
     std::string text;
@@ -174,6 +175,8 @@ void Refill(Host& h, FuzzedDataProvider& in) {
             break;
     }
     const uint8_t threshold = in.ConsumeIntegral<uint8_t>();
+    if (costlyDone) return;
+    costlyDone = true;
     const int32_t target = in.ConsumeBool() ? in.ConsumeIntegralInRange<int32_t>(-2, 3000)
                                             : in.ConsumeIntegral<int32_t>();
     int32_t result = 0;
@@ -335,20 +338,26 @@ void Surface(Host& h, FuzzedDataProvider& in) {
 
 }  // namespace
 
+// The first orbitals are added before the first input, outside its time limit.
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    TheHost();
+    return 0;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Host& h = TheHost();
     FuzzedDataProvider in(data, size);
     gClockMs = in.ConsumeBool() ? 100000 : in.ConsumeIntegral<int32_t>();
     const bool mayChange = h.inputs++ % 16 == 0;
-    bool changed = false, volumeDrawn = false;
+    bool changed = false, costlyDone = false;
     for (int call = 0; call < 32 && in.remaining_bytes() > 0; ++call) {
         switch (in.ConsumeIntegralInRange(0, 7)) {
             case 0:
             case 1:
-                Render(h, in, volumeDrawn);
+                Render(h, in, costlyDone);
                 break;
             case 2:
-                Refill(h, in);
+                Refill(h, in, costlyDone);
                 break;
             case 3: {
                 // At most four live orbitals, so the engine's memory stays bounded.
