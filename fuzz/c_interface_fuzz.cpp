@@ -2,12 +2,13 @@
 // their arguments, on one engine and one pixel surface. Every call must return one of its
 // documented numbers, and nothing may crash, leak or read out of bounds.
 //
-// A full add samples 128^3 grid points (milliseconds, more under the sanitizers), so the engine
-// and surface live across inputs as a host's do, holding orbitals added once at the start; a
-// sequence may change the collection (add an orbital or delete a live one) at most once, and
-// only every 16th input may, which keeps the runs near a thousand sequences a second. A report
-// usually reproduces from its input alone; when it does not, it depends on an earlier change
-// of the collection.
+// A full add samples 128^3 grid points and a refill draws for each of them (tenths of a second
+// under the sanitizers), so the engine and surface live across inputs as a host's do, holding
+// orbitals added once at the start. Only every 1024th sequence may change the collection (add
+// an orbital or delete a live one, once) and only every 32nd may make one costly call (a refill
+// or a small volume), which keeps a run at hundreds of sequences a second whatever the inputs
+// hold. The first input of a run may do both, so a report usually reproduces from its input
+// alone; when it does not, it depends on an earlier change of the collection or dots.
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <algorithm>
@@ -114,7 +115,7 @@ vt_RenderRequest Request(FuzzedDataProvider& in) {
 }
 
 /// Renders through one of the two ways out of the engine. A volume costs a thousand dot frames:
-/// it is a sequence's one costly call, and small.
+/// a costly call, and small.
 void Render(Host& h, FuzzedDataProvider& in, bool& costlyDone) {
     const int16_t slot = Slot(in);
     vt_RenderRequest q = Request(in);
@@ -151,7 +152,7 @@ void Render(Host& h, FuzzedDataProvider& in, bool& costlyDone) {
 }
 
 /// The orbital's index in one of its four untyped forms, or an unknown kind. A refill scans the
-/// whole grid, drawing for every point above the threshold: a sequence's one costly call.
+/// whole grid, drawing for every point above the threshold: a costly call.
 void Refill(Host& h, FuzzedDataProvider& in, bool& costlyDone) {
     vt_Variant index{};
     index.kind = in.ConsumeIntegralInRange<int32_t>(0, 4);
@@ -348,8 +349,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Host& h = TheHost();
     FuzzedDataProvider in(data, size);
     gClockMs = in.ConsumeBool() ? 100000 : in.ConsumeIntegral<int32_t>();
-    const bool mayChange = h.inputs++ % 16 == 0;
-    bool changed = false, costlyDone = false;
+    const bool mayChange = h.inputs % 1024 == 0;
+    bool changed = false, costlyDone = h.inputs % 32 != 0;
+    ++h.inputs;
     for (int call = 0; call < 32 && in.remaining_bytes() > 0; ++call) {
         switch (in.ConsumeIntegralInRange(0, 7)) {
             case 0:
