@@ -2,7 +2,7 @@
 // this script keeps the page's state, asks the worker for pictures, draws the axes and the
 // scale over them, and explains every control in plain words.
 
-import { NAMES, CATALOGUE_SIZE } from './names.js';
+import { NAMES, CATALOGUE_SIZE, HIGHEST_N } from './names.js';
 
 const $ = (id) => document.getElementById(id);
 
@@ -491,7 +491,7 @@ function drawHistogram(freqs) {
 function buildPicker() {
   const shells = $('shells');
   shells.textContent = '';
-  for (let n = 1; n <= 4; n++) {
+  for (let n = 1; n <= HIGHEST_N; n++) {
     const group = document.createElement('div');
     group.className = 'shell';
     const title = document.createElement('h4');
