@@ -9,7 +9,8 @@
 namespace {
 
 constexpr const char* kOrbitalHelp =
-    "orbital: catalogue index (see veltara list) or name, case-insensitive, with superscripts or plain "
+    "orbital: catalogue index (see veltara list) or name, case-insensitive, with superscripts or "
+    "plain "
     "digits (3Dz2, 3Dz², 4Fz(x2-y2)); a shell average is av or avg + its name (av2S, avg4F), "
     "since the averaged S shells share their names with the single S orbitals";
 
@@ -29,8 +30,9 @@ int main(int argc, char** argv) {
     vtcli::RenderArgs renderArgs;
     CLI::App* render = app.add_subcommand("render", "one picture of an orbital as a PNG file");
     render->add_option("ORBITAL", renderArgs.orbital, kOrbitalHelp);
-    render->add_flag("--all", renderArgs.all,
-                     "every catalogue orbital into --out-dir, with a contact sheet of small pictures");
+    render->add_flag(
+        "--all", renderArgs.all,
+        "every catalogue orbital into --out-dir, with a contact sheet of small pictures");
     render->add_option("--out", renderArgs.out, "PNG file (default: the orbital's name .png)")
         ->check(vtcli::NamesAFile());
     render->add_option("--out-dir", renderArgs.outDir, "folder of the --all gallery")

@@ -1,6 +1,7 @@
 /* render_png: renders one orbital to a PNG file through the Veltara C interface alone.
  *
- *   render_png OUT.png [INDEX]      INDEX: catalogue index 0..VT_CATALOGUE_SIZE - 1 (default 9, 3Dz²)
+ *   render_png OUT.png [INDEX]      INDEX: catalogue index 0..VT_CATALOGUE_SIZE - 1 (default 9,
+ * 3Dz²)
  *
  * Adds the orbital with the catalogue's defaults for the density view, renders a Main
  * orthographic picture of its dot cloud into a buffer and writes it as an 8-bit RGB PNG with

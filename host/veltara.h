@@ -229,8 +229,8 @@ VT_API void vt_destroy(vt_engine *e);
 /* Number of entries in the orbital catalogue (the engine checks it against its table). */
 #define VT_CATALOGUE_SIZE 40
 
-/* The catalogue entries, index 0..VT_CATALOGUE_SIZE - 1, in catalogue order, into out (capacity records).
- * count (out): VT_CATALOGUE_SIZE. Pass out NULL and capacity 0 to ask for the count only.
+/* The catalogue entries, index 0..VT_CATALOGUE_SIZE - 1, in catalogue order, into out (capacity
+ * records). count (out): VT_CATALOGUE_SIZE. Pass out NULL and capacity 0 to ask for the count only.
  * Returns VT_OK, VT_ERR_SUBSCRIPT (capacity below the count: nothing copied, count still
  * written), VT_ERR_OBJECT_NOT_SET (e NULL), VT_ERR_ARGUMENT (count NULL, or out NULL with a
  * capacity). */
@@ -247,9 +247,9 @@ VT_API int16_t vt_highest_n(vt_engine *e);
  * for the whole calculation; the random generator is seeded from the clock).
  * index (out): its handle, the lowest free slot.
  * Returns VT_OK, VT_ERR_OBJECT_NOT_SET (e NULL; a view other than VT_PDF and VT_DRPDF, or an
- * orbital outside the catalogue: the slot stays empty), VT_ERR_OVERFLOW (a byte above 255, a 32768th
- * dot, the 32768th slot), VT_ERR_DIVISION_BY_ZERO (a density that is zero over the whole cube,
- * or a first cloud whose every dot lies at the nucleus), VT_ERR_SUBSCRIPT (a first dot cloud
+ * orbital outside the catalogue: the slot stays empty), VT_ERR_OVERFLOW (a byte above 255, a
+ * 32768th dot, the 32768th slot), VT_ERR_DIVISION_BY_ZERO (a density that is zero over the whole
+ * cube, or a first cloud whose every dot lies at the nucleus), VT_ERR_SUBSCRIPT (a first dot cloud
  * without a single dot, e.g. with a clock below 32768 ms), VT_ERR_ARGUMENT (setup or index
  * NULL), VT_ERR_OUT_OF_MEMORY. */
 VT_API int32_t vt_add(vt_engine *e, const vt_OrbitalSetup *setup, int16_t *index);
@@ -331,12 +331,12 @@ VT_API int32_t vt_get_dots(vt_engine *e, int16_t index, vt_PointArray *dots, int
  * VT_ERR_OBJECT_NOT_SET, VT_ERR_ARGUMENT (grid NULL). */
 VT_API int32_t vt_get_grid(vt_engine *e, int16_t index, uint8_t *grid, size_t size);
 
-/* The normalised density of catalogue orbital `orbital` (0..VT_CATALOGUE_SIZE - 1) in view `view` at count points,
- * each given as x, y, z in Bohr radii (xyz[3 * i] .. xyz[3 * i + 2]): per cubic Bohr radius for
- * VT_PDF, the radially weighted density for VT_DRPDF. Needs no engine. out: count values.
- * Returns VT_OK, VT_ERR_OBJECT_NOT_SET (orbital outside the catalogue), VT_ERR_ARGUMENT (a view other
- * than VT_PDF and VT_DRPDF, xyz or out NULL with count above 0, and the density's own invalid
- * operations), VT_ERR_OVERFLOW. */
+/* The normalised density of catalogue orbital `orbital` (0..VT_CATALOGUE_SIZE - 1) in view `view`
+ * at count points, each given as x, y, z in Bohr radii (xyz[3 * i] .. xyz[3 * i + 2]): per cubic
+ * Bohr radius for VT_PDF, the radially weighted density for VT_DRPDF. Needs no engine. out: count
+ * values. Returns VT_OK, VT_ERR_OBJECT_NOT_SET (orbital outside the catalogue), VT_ERR_ARGUMENT (a
+ * view other than VT_PDF and VT_DRPDF, xyz or out NULL with count above 0, and the density's own
+ * invalid operations), VT_ERR_OVERFLOW. */
 VT_API int32_t vt_real_density(int16_t orbital, int32_t view, const double *xyz, size_t count,
                                double *out);
 
@@ -463,7 +463,8 @@ extern "C" {
  * unsquared factors (x for 2Px, xy for 3Dxy, 3z^2 - r^2 for 3Dz2, the radial polynomial
  * positive at the nucleus). Needs no engine.
  * out: count values. Errors: 5 (an averaged shell: a mixture has no sign; xyz or out
- * NULL with count above 0), 9 (orbital outside the catalogue), and the density's own errors (5, 6). */
+ * NULL with count above 0), 9 (orbital outside the catalogue), and the density's own errors (5, 6).
+ */
 VT_API int32_t vt_wavefunction(int16_t orbital, const double *xyz, size_t count, double *out);
 
 /* What a chemist reads off an orbital (40 bytes). An averaged shell shares n and l with its
@@ -478,14 +479,14 @@ typedef struct vt_OrbitalFacts {
     double mostProbableRadius; /* where r^2 R_nl(r)^2 is largest, Bohr radii */
 } vt_OrbitalFacts;
 
-/* The facts of catalogue orbital `orbital` (0..VT_CATALOGUE_SIZE - 1). out: them. Errors: 9 (orbital outside
- * the catalogue), 5 (out NULL). */
+/* The facts of catalogue orbital `orbital` (0..VT_CATALOGUE_SIZE - 1). out: them. Errors: 9
+ * (orbital outside the catalogue), 5 (out NULL). */
 VT_API int32_t vt_orbital_facts(int16_t orbital, vt_OrbitalFacts *out);
 
-/* The radial distribution P(r) = r^2 R_nl(r)^2 of orbital `orbital` (0..VT_CATALOGUE_SIZE - 1) at count distances
- * r (Bohr radii, not negative); it integrates to 1 over r.
- * out: count values. Errors: 9 (orbital outside the catalogue), 5 (a negative or NaN distance; r or
- * out NULL with count above 0), 6 (an infinite distance). */
+/* The radial distribution P(r) = r^2 R_nl(r)^2 of orbital `orbital` (0..VT_CATALOGUE_SIZE - 1) at
+ * count distances r (Bohr radii, not negative); it integrates to 1 over r. out: count values.
+ * Errors: 9 (orbital outside the catalogue), 5 (a negative or NaN distance; r or out NULL with
+ * count above 0), 6 (an infinite distance). */
 VT_API int32_t vt_radial_distribution(int16_t orbital, const double *r, size_t count, double *out);
 
 #ifdef __cplusplus
