@@ -2,13 +2,21 @@
 // this script keeps the page's state, asks the worker for pictures, draws the axes and the
 // scale over them, and explains every control in plain words.
 
+import { NAMES, CATALOGUE_SIZE, HIGHEST_N } from './names.js';
+
 const $ = (id) => document.getElementById(id);
 
 // ---- Constants of the page (the engine's request defaults come from the engine) ----
 
-const MAIN = 375;
-const NANO = 128;
-const MODE = { dots: 0, perspective: 1, anaglyph: 2, cloud: 3, slice: 4 };
+// Modes, views and sizes from the engine's one table of names (names.js, made at build time).
+const valueOf = (kind, key) => NAMES[kind].find((n) => n.key === key).value;
+const MAIN = valueOf('size', 'main');
+const NANO = valueOf('size', 'nano');
+const MODE = {
+  dots: valueOf('mode', 'orthographic'), perspective: valueOf('mode', 'perspective'),
+  anaglyph: valueOf('mode', 'anaglyph'), cloud: valueOf('mode', 'volumetric'),
+  slice: valueOf('mode', 'transect'),
+};
 const ANGSTROM_PER_BOHR = 0.529177;
 const EV_PER_HARTREE = 27.211386;
 const PHASE_POSITIVE = 0xff8a3c; // orange where psi > 0
@@ -483,7 +491,7 @@ function drawHistogram(freqs) {
 function buildPicker() {
   const shells = $('shells');
   shells.textContent = '';
-  for (let n = 1; n <= 4; n++) {
+  for (let n = 1; n <= HIGHEST_N; n++) {
     const group = document.createElement('div');
     group.className = 'shell';
     const title = document.createElement('h4');
@@ -768,7 +776,7 @@ function readLink() {
   for (const [key, id] of [['tr', 'transector'], ['sc', 'sliceColour'], ['same', 'sameScale']]) {
     if (p.has(key)) $(id).checked = p.get(key) === '1';
   }
-  const index = int('o', 0, 39);
+  const index = int('o', 0, CATALOGUE_SIZE - 1);
   if (index === null) return null;
   const view = int('v', 0, 1) ?? 0;
   setRadio('view', view);
@@ -779,7 +787,22 @@ function readLink() {
 
 // ---- Start ----
 
+/** One radio button per row of a table of names, labelled as the table says, before the
+ *  fieldset's help line; the first is checked. */
+function nameRadios(fieldsetId, kind, group) {
+  const help = $(fieldsetId).querySelector('p.help');
+  NAMES[kind].forEach((n, i) => {
+    const label = document.createElement('label');
+    const input = document.createElement('input');
+    Object.assign(input, { type: 'radio', name: group, value: String(n.value), checked: i === 0 });
+    label.append(input, ` ${n.label}`);
+    $(fieldsetId).insertBefore(label, help);
+  });
+}
+
 function wireControls() {
+  nameRadios('modes', 'mode', 'mode');
+  nameRadios('viewBox', 'view', 'view');
   for (const input of document.querySelectorAll('input[name=mode], input[name=colour]')) {
     input.addEventListener('change', () => { showControls(); draw(); });
   }
