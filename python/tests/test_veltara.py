@@ -23,7 +23,7 @@ SHELLS = [(1, 0), (2, 0), (2, 1), (3, 0), (3, 1), (3, 2), (4, 0), (4, 1), (4, 2)
 
 
 def test_installed_package_is_used():
-    assert veltara.__version__ == "1.1.0"
+    assert veltara.__version__ == "1.2.0" == veltara._core.version()
     assert ROOT / "python" not in pathlib.Path(veltara.__file__).parents
 
 
