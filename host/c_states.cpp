@@ -142,14 +142,10 @@ int32_t vt_state_density(const vt_superposition* s, double t, int32_t view, cons
         CheckTime(t);
         if (view != VT_PDF && view != VT_DRPDF)
             Raise(veltara::kErrInvalidCall, "the view must be 0 (density) or 1 (radial view)");
-        veltara::DensityBatch(s->value, t, xyz, count, out);
-        if (view == VT_DRPDF) {
-            // The radial view weighs the density by rho * r, rho the distance from the z axis.
-            for (size_t i = 0; i < count; ++i) {
-                const double x = xyz[3 * i], y = xyz[3 * i + 1], z = xyz[3 * i + 2];
-                const double rho2 = y * y + x * x;
-                out[i] *= std::sqrt(rho2) * std::sqrt(rho2 + z * z);
-            }
+        if (view == VT_PDF) {
+            veltara::DensityBatch(s->value, t, xyz, count, out);
+        } else {
+            veltara::RadialViewBatch(s->value, t, xyz, count, out);
         }
     });
 }

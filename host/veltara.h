@@ -544,7 +544,8 @@ VT_API int32_t vt_format_state(const vt_superposition *s, char *out, size_t capa
 VT_API int32_t vt_state_psi(const vt_superposition *s, double t, const double *xyz, size_t count,
                             double *out);
 /* |Psi(t)|^2 (view VT_PDF, per cubic Bohr) or the radially weighted rho * r * |Psi(t)|^2 (view
- * VT_DRPDF) at count points. A catalogue orbital's state gives the catalogue's values exactly.
+ * VT_DRPDF; r^2 |Psi|^2 for a shell average) at count points. A catalogue orbital's state gives
+ * the catalogue's values exactly.
  * out: count values. Errors: 91, 5, 6. */
 VT_API int32_t vt_state_density(const vt_superposition *s, double t, int32_t view,
                                 const double *xyz, size_t count, double *out);
