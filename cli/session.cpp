@@ -33,7 +33,13 @@ int ResolveSubject(const Session& session, const std::string& text, Subject& sub
         subject.state.reset(state, vt_superposition_free);
         return kExitOk;
     }
-    return UsageError("ORBITAL", r.problem + "; nor is it a state: " + vt_last_error_detail() +
+    // Text with the marks of the state form is answered about that form alone.
+    const std::string why = vt_last_error_detail();
+    if (text.find_first_of(",:;=*+") != std::string::npos) {
+        return UsageError("ORBITAL", "'" + text + "' is not a state: " + why +
+                                         " (see docs/states.md)");
+    }
+    return UsageError("ORBITAL", r.problem + "; nor is it a state: " + why +
                                      " (a state is written n,l,m as in 7,3,-2; see docs/states.md)");
 }
 
