@@ -132,14 +132,16 @@ class State {
     std::shared_ptr<vt_superposition> mS;
 };
 
-State Made(int32_t rc, vt_superposition* s) {
-    Check(rc);
+/// The superposition a vt_ call makes into `out`, owned by Python.
+template <class Call>
+State Made(Call&& call) {
+    vt_superposition* s = nullptr;
+    Check(call(&s));
     return State(s);
 }
 
 State Parse(const std::string& text) {
-    vt_superposition* s = nullptr;
-    return Made(vt_parse_state(text.c_str(), &s), s);
+    return Made([&](vt_superposition** s) { return vt_parse_state(text.c_str(), s); });
 }
 
 State FromTerms(const std::vector<std::tuple<double, double, int32_t, int32_t, int32_t, int32_t,
@@ -147,13 +149,13 @@ State FromTerms(const std::vector<std::tuple<double, double, int32_t, int32_t, i
     std::vector<vt_term> list;
     for (const auto& [re, im, n, l, m, basis, Z, avg] : terms)
         list.push_back(vt_term{re, im, vt_state{n, l, m, basis, Z, avg ? 1 : 0}});
-    vt_superposition* s = nullptr;
-    return Made(vt_superposition_new(list.data(), static_cast<int32_t>(list.size()), &s), s);
+    return Made([&](vt_superposition** s) {
+        return vt_superposition_new(list.data(), static_cast<int32_t>(list.size()), s);
+    });
 }
 
 State Hybrid(int32_t kind, int32_t k, int32_t n) {
-    vt_superposition* s = nullptr;
-    return Made(vt_hybrid(kind, k, n, &s), s);
+    return Made([&](vt_superposition** s) { return vt_hybrid(kind, k, n, s); });
 }
 
 py::array_t<std::complex<double>> StatePsi(const State& s, double t, const Points& xyz) {

@@ -70,7 +70,7 @@ def test_superposition_facts_and_dtypes():
 
 def test_samples_follow_the_radial_distribution_and_repeat_with_the_seed():
     from scipy.stats import kstest
-    s = veltara.sample(veltara.State(2, 1, 0), 20000, seed=7)
+    s = veltara.sample(veltara.State(2, 1, 0), 20000, seed=1)
     r = np.linalg.norm(s.points, axis=1)
     # 2p: P(r) = r^4 e^(-r) / 24, so P(r < R) = 1 - e^(-R)(1 + R + R²/2 + R³/6 + R^4/24); the
     # angular density goes as cos² theta, so P(cos theta < u) = (u³ + 1) / 2.
@@ -79,7 +79,7 @@ def test_samples_follow_the_radial_distribution_and_repeat_with_the_seed():
     assert kstest(s.points[:, 2] / r, lambda u: (u**3 + 1) / 2).pvalue > 0.01
     assert set(np.unique(s.phase)) == {0.0, math.pi}
     assert np.array_equal(np.sign(s.points[:, 2]), np.where(s.phase == 0, 1, -1))
-    again = veltara.sample(veltara.State(2, 1, 0), 20000, seed=7)
+    again = veltara.sample(veltara.State(2, 1, 0), 20000, seed=1)
     assert np.array_equal(again.points, s.points)
 
 

@@ -101,10 +101,16 @@ def _state_or_index(orbital):
         return orbital
     try:
         return _index(orbital)
-    except ValueError:
-        if isinstance(orbital, str):
+    except ValueError as unknown:
+        if not isinstance(orbital, str):
+            raise
+        try:
             return parse(orbital)
-        raise
+        except EngineError as refused:
+            # Text with the marks of the state form is answered about that form alone.
+            if any(mark in orbital for mark in ",:;=*+"):
+                raise
+            raise ValueError(f"{unknown}; nor is it a state: {refused.message}") from None
 
 
 def _choice(value, table, what):
