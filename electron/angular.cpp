@@ -10,7 +10,7 @@
 namespace veltara {
 
 AngularFunction::AngularFunction(int32_t l, int32_t m, bool complex)
-    : mL(l), mM(m < 0 ? -m : m), mSign(m < 0 ? -1 : 1), mComplex(complex) {
+    : mM(m < 0 ? -m : m), mSign(m < 0 ? -1 : 1), mComplex(complex) {
     // The normalised P_|m|^|m| / sin^|m|: sqrt((2|m|+1)/(4 pi) prod_(k<=|m|) (2k-1)/(2k)).
     double start = (2.0 * mM + 1.0) / (4.0 * std::numbers::pi);
     for (int32_t k = 1; k <= mM; ++k) start *= (2.0 * k - 1.0) / (2.0 * k);
@@ -48,12 +48,18 @@ std::complex<double> AngularFunction::operator()(double x, double y, double z, d
         p = next;
     }
     if (mM == 0) return {p, 0.0};
-    // (ux + i uy)^|m|.
-    double re = ux, im = uy;
-    for (int32_t k = 1; k < mM; ++k) {
-        const double t = re * ux - im * uy;
-        im = re * uy + im * ux;
-        re = t;
+    // (ux + i uy)^|m| by squaring.
+    double re = 1.0, im = 0.0, baseRe = ux, baseIm = uy;
+    for (int32_t k = mM;; k >>= 1) {
+        if (k & 1) {
+            const double t = re * baseRe - im * baseIm;
+            im = re * baseIm + im * baseRe;
+            re = t;
+        }
+        if (k == 1) break;
+        const double t = baseRe * baseRe - baseIm * baseIm;
+        baseIm = 2.0 * baseRe * baseIm;
+        baseRe = t;
     }
     if (!mComplex) return {mSign > 0 ? p * re : p * im, 0.0};
     const double s = mPhase * p;

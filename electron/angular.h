@@ -21,7 +21,6 @@ class AngularFunction {
     std::complex<double> operator()(double x, double y, double z, double r) const;
 
   private:
-    int32_t mL;
     int32_t mM;     // |m|
     int32_t mSign;  // -1 for m < 0: the sine (real basis) or the conjugate (complex)
     bool mComplex;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <numbers>
 #include <utility>
 
@@ -52,9 +53,9 @@ double LevelOf(const SuperpositionDraw& draw, double fraction) {
             total += w;
         }
     }
-    // The densest points first, until they hold the fraction.
-    std::sort(levelWeight.begin(), levelWeight.end(),
-              [](const auto& a, const auto& b) { return a.first > b.first; });
+    // The densest points first, until they hold the fraction. The order is total (ties by
+    // weight), so every library's sort adds the weights in the same order.
+    std::sort(levelWeight.begin(), levelWeight.end(), std::greater<>());
     double held = 0;
     for (const auto& [density, w] : levelWeight) {
         held += w;
@@ -72,7 +73,7 @@ double ReachOf(const Superposition& s, double level) {
     for (const Term& term : terms) {
         const State& st = term.state;
         radial.emplace_back(st.n, st.l, st.Z);
-        reach = std::max(reach, RadialTable(st, SampleWeight::Density).Upper());
+        reach = std::max(reach, RadialReach(st, SampleWeight::Density));
     }
     const double step = reach / 4096;
     for (double r = reach; r > 0; r -= step) {

@@ -26,8 +26,12 @@ double RadialFunction::operator()(double r) const {
     const double rho = mScale * r;
     const double e = math::Exp(-0.5 * rho);
     if (e == 0.0) return 0.0;  // beyond e^-745: far below any value anyone can see
-    double value = mNorm;
-    for (int32_t k = 0; k < mL; ++k) value *= rho;
+    // rho^l by squaring: a few dependent multiplications instead of l.
+    double value = mNorm, power = rho;
+    for (int32_t k = mL; k > 0; k >>= 1) {
+        if (k & 1) value *= power;
+        power *= power;
+    }
     if (mDegree == 0) return value * e;
     double previous = 1.0;
     double current = 1.0 + mAlpha - rho;

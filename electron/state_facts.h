@@ -15,16 +15,21 @@ struct Beat {
     double wavelengthNm;  ///< h c / dE, nanometres
 };
 
+/// A state's facts. For a superposition, n, l, m, Z, the node counts, the node radii and the
+/// most probable radius are the first term's; the energy is <E> = sum |c_k|² E_k and the mean
+/// radius <r> averaged over time, sum |c_k|² <r>_k (the cross terms oscillate).
 struct StateFacts {
-    int32_t n, l, m, Z;              ///< of the first term
-    double energyHartree, energyEv;  ///< a superposition: <E>
-    int32_t radialNodes, angularNodes;
-    std::vector<double> nodeRadii;          ///< ascending, Bohr
-    double meanRadius, mostProbableRadius;  ///< Bohr
-    std::vector<Beat> beats;                ///< one per pair of distinct energies
+    int32_t n, l, m, Z;
+    double energyHartree, energyEv;
+    int32_t radialNodes;            ///< n - l - 1
+    int32_t angularNodes;           ///< l (real basis), l - |m| (complex), 0 (shell average)
+    std::vector<double> nodeRadii;  ///< ascending, Bohr, each to 1e-8 or better
+    double meanRadius;              ///< (3n² - l(l+1))/(2Z), Bohr
+    double mostProbableRadius;      ///< the largest maximum of r² R_nl², Bohr, to 1e-7
+    std::vector<Beat> beats;        ///< one per pair of distinct energies, lower energies first
 };
 
-/// The facts of `s`; for a superposition n, l, m, Z and the radii are the first term's.
+/// The facts of `s`. No errors (a superposition's states are checked when it is made).
 StateFacts FactsOf(const Superposition& s);
 
 }  // namespace veltara

@@ -34,8 +34,9 @@ class TabulatedDistribution {
     static constexpr int kNodes = 8;  ///< equally spaced nodes per piece, both ends included
     struct Piece {
         double lo, halfWidth;
-        double mass[kNodes + 1];  ///< Q(s) = sum mass[j] s^j: the mass from the piece's start
-        double slope[kNodes];     ///< Q'(s) = sum slope[j] s^j, s in [-1, 1] across the piece
+        double mass[kNodes + 1];      ///< Q(s) = sum mass[j] s^j: the mass from the piece's start
+        double slope[kNodes];         ///< Q'(s) = sum slope[j] s^j, s in [-1, 1] across the piece
+        double slopeStart, slopeEnd;  ///< Q'(-1), Q'(1)
     };
     double PieceMass(const Piece& p, double s) const noexcept;
     size_t PieceOf(double x) const noexcept;

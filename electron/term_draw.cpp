@@ -30,12 +30,16 @@ bool WeighsBySquare(const State& s, SampleWeight w) {
 
 }  // namespace
 
-TabulatedDistribution RadialTable(const State& s, SampleWeight weight) {
+double RadialReach(const State& s, SampleWeight weight) {
     // r² R² is a gamma density of shape 2n + 1 in 2Zr/n (2n + 3 for r⁴ R²) times a polynomial
     // whose roots lie inside; the cut-off lies far out in the gamma tail.
     const int shape = 2 * s.n + (weight == SampleWeight::Density ? 1 : 3);
     const double rhoMax = shape + 50 + 8 * std::sqrt(static_cast<double>(shape));
-    const double rMax = rhoMax * s.n / (2.0 * s.Z);
+    return rhoMax * s.n / (2.0 * s.Z);
+}
+
+TabulatedDistribution RadialTable(const State& s, SampleWeight weight) {
+    const double rMax = RadialReach(s, weight);
     // Pieces even in sqrt(r): the radial waves shorten like sqrt(r) towards the nucleus.
     std::vector<double> breaks = Breaks(0, std::sqrt(rMax), 256);
     for (double& b : breaks) b *= b;

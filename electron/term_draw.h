@@ -10,8 +10,10 @@
 
 namespace veltara {
 
-/// The distribution of r: r² R_nl² (density) or r⁴ R_nl² (radial view), over [0, r_max] with
-/// r_max far enough out that the tail beyond it is below 1e-17.
+/// The radius beyond which the radial distribution's tail is below 1e-17.
+double RadialReach(const State& s, SampleWeight weight);
+
+/// The distribution of r: r² R_nl² (density) or r⁴ R_nl² (radial view), over [0, RadialReach].
 TabulatedDistribution RadialTable(const State& s, SampleWeight weight);
 
 class TermDraw {

@@ -10,6 +10,7 @@
 #include <numbers>
 #include <vector>
 
+#include "electron/hybrids.h"
 #include "electron/state_wave.h"
 #include "support/error.h"
 
@@ -156,14 +157,20 @@ TEST(Sampling, AnglesFollowTheHarmonics) {
     const auto belt = [](double u) { return (3 * u - u * u * u + 2) / 4; };  // 3/4 (1 - u²)
     const auto cos2 = [](double phi) { return (phi + std::sin(4 * phi) / 4) / (2 * kPi); };
     const auto sin2 = [](double phi) { return (phi - std::sin(4 * phi) / 4) / (2 * kPi); };
+    // The radial view of 2p0 weighs cos theta by sin theta more: u² sqrt(1 - u²).
+    const auto viewed = [](double u) {
+        return (std::asin(u) - u * std::sqrt(1 - u * u) * (1 - 2 * u * u) + kPi / 2) / kPi;
+    };
     struct Case {
         const char* what;
         Superposition s;
         std::function<double(const double*)> of;
         std::function<double(double)> cdf;
+        SampleWeight w = SampleWeight::Density;
     };
     const Case cases[] = {
         {"2p0: cos theta", One(2, 1, 0), cosTheta, squared},
+        {"2p0 radial view: cos theta", One(2, 1, 0), cosTheta, viewed, SampleWeight::RadialView},
         {"2p+1 real: x / r", One(2, 1, 1), along(0), squared},
         {"3p-1 real: y / r", One(3, 1, -1), along(1), squared},
         {"2p1 complex: cos theta", One(2, 1, 1, Basis::Complex), cosTheta, belt},
@@ -174,13 +181,13 @@ TEST(Sampling, AnglesFollowTheHarmonics) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        EXPECT_LT(KsDistance(Column(Points(c.s, SampleWeight::Density), c.of), c.cdf), kKsLimit);
+        EXPECT_LT(KsDistance(Column(Points(c.s, c.w), c.of), c.cdf), kKsLimit);
     }
 }
 
 // 1s + 2p0 in equal parts: <z>(t) = <1s|z|2p0> cos(0.375 t), <1s|z|2p0> = 2^7 sqrt 2 / 3^5
 // = 0.7449 Bohr.
-TEST(Sampling, SuperpositionMeanFollowsItsBeat) {
+TEST(Sampling, MeanPositionsOfSuperpositions) {
     const auto s = MakeSuperposition({{1.0, State{1, 0, 0}}, {1.0, State{2, 1, 0}}});
     constexpr size_t kMany = 200000;
     // <z²> = (1 + 18) / 2 for the two halves, so the mean of kMany has sd sqrt(9.5 / kMany).
@@ -191,6 +198,17 @@ TEST(Sampling, SuperpositionMeanFollowsItsBeat) {
         for (size_t i = 2; i < xyz.size(); i += 3) sum += xyz[i];
         EXPECT_NEAR(sum / kMany, 128 * std::sqrt(2.0) / 243 * std::cos(0.375 * t), tolerance)
             << "t = " << t;
+    }
+    // sp3 hybrid 0 = -1/2 2s + sqrt 3 / 2 2p along (1, 1, 1) / sqrt 3, its 2p parts sharing one
+    // radial function: <r> = 2 (1/2) (sqrt 3 / 2) 3 along the axis (<2s|z|2p0> = -3 Bohr, from
+    // the radial integral -3 sqrt 3 and the angular 1 / sqrt 3), 1.5 Bohr on each axis.
+    // <x²> is at most 14 for these parts.
+    const std::vector<double> xyz =
+        Points(Hybrid(HybridKind::Sp3, 0), SampleWeight::Density, 0, 5, kMany);
+    for (int axis = 0; axis < 3; ++axis) {
+        double sum = 0;
+        for (size_t i = axis; i < xyz.size(); i += 3) sum += xyz[i];
+        EXPECT_NEAR(sum / kMany, 1.5, 4.5 * std::sqrt(14.0 / kMany)) << axis;
     }
 }
 

@@ -60,6 +60,19 @@ TEST(StateWave, PsiMatchesEightyDigitValuesUpToShell30) {
     EXPECT_EQ(rows, 840);
 }
 
+// psi_Z(r) = Z^(3/2) psi_1(Z r), up to the largest charge.
+TEST(StateWave, ChargeScalesLengthsAndAmplitude) {
+    for (int32_t Z : {2, 37, 100}) {
+        const auto ion = One(7, 3, -2, Basis::Complex, Z), hydrogen = One(7, 3, -2, Basis::Complex);
+        for (double d : {0.5, 9.0, 40.0}) {
+            const double x = 0.48 * d, y = -0.6 * d, z = 0.64 * d;
+            const std::complex<double> expected = std::pow(Z, 1.5) * Psi(hydrogen, x, y, z, 0);
+            EXPECT_LE(std::abs(Psi(ion, x / Z, y / Z, z / Z, 0) - expected),
+                      1e-13 * std::abs(expected));
+        }
+    }
+}
+
 // Every catalogue row is the real state its n, l, m name: the general evaluator gives its
 // density to 1e-12 and the sign of its wavefunction; as a state it gives its doubles exactly.
 TEST(StateWave, CatalogueRowsAreTheirStatesAndKeepTheirDoubles) {
@@ -103,6 +116,7 @@ TEST(StateWave, SuperpositionEvolvesWithEachTermsEnergy) {
             std::sqrt(2.0);
         EXPECT_LT(std::abs(Psi(s, x, y, z, t) - expected), 1e-15);
         EXPECT_NEAR(Density(s, x, y, z, t), std::norm(expected), 1e-15);
+        EXPECT_NEAR(RadialView(s, x, y, z, t), std::norm(expected) * std::hypot(x, y) * r, 1e-15);
     }
     EXPECT_FALSE(IsRealValued(s));
     EXPECT_TRUE(IsRealValued(MakeSuperposition({{0.6, State{2, 1, 1}}, {-0.8, State{3, 2, -2}}})));
