@@ -105,7 +105,7 @@ static void test_names_and_catalogue(void) {
     for (k = 0; k < sizeof messages / sizeof messages[0]; ++k) {
         CHECK(strcmp(vt_error_text(messages[k].number), messages[k].text) == 0);
     }
-    CHECK(strcmp(vt_version(), "1.1.0") == 0 && strcmp(VT_VERSION_STRING, "1.1.0") == 0);
+    CHECK(strcmp(vt_version(), "1.2.0") == 0 && strcmp(VT_VERSION_STRING, "1.2.0") == 0);
 
     /* The defaults a host starts from, as the interface documents them. */
     memset(&r, 0x5A, sizeof r);
