@@ -49,8 +49,8 @@ int PrintStateInfo(const Subject& subject, const InfoArgs& args) {
     size_t length = 0;
     vt_format_state(s, text.data(), text.size(), &length);
     std::printf("state %s (Z %d)\n", text.data(), f.Z);
-    std::printf("quantum numbers%s: n %d, l %d, m %d\n", f.beat_count > 0 ? " of the first term" : "",
-                f.n, f.l, f.m);
+    std::printf("quantum numbers%s: n %d, l %d, m %d\n",
+                f.beat_count > 0 ? " of the first term" : "", f.n, f.l, f.m);
     std::printf("nodes: %d radial, %d angular\n", f.radial_nodes, f.angular_nodes);
     if (!nodes.empty()) {
         std::printf("radial nodes at (Bohr):");
@@ -81,7 +81,7 @@ int RunInfo(const InfoArgs& args) {
     if (const int rc = OpenSession(session)) return rc;
     Subject subject;
     if (const int rc = ResolveSubject(session, args.orbital, subject)) return rc;
-    if (subject.state != nullptr) return PrintStateInfo(subject, args);
+    if (subject.index < 0) return PrintStateInfo(subject, args);
     const int index = subject.index;
     const vt_OrbInfo& info = session.catalogue.entries[static_cast<size_t>(index)];
     const auto orbital = static_cast<int16_t>(index);

@@ -40,8 +40,8 @@ int RenderState(Session& session, const RenderArgs& args, const Subject& subject
     int16_t slot = 0;
     if (const int32_t rc =
             vt_add_state(session.engine.get(), subject.state.get(), 0.0, &setup, &slot)) {
-        return EngineError(rc, std::string("adding ") + subject.text + ": " +
-                                   vt_last_error_detail());
+        return EngineError(rc,
+                           std::string("adding ") + subject.text + ": " + vt_last_error_detail());
     }
     const int rc = RenderPicture(session, slot, request, subject.text, picture);
     vt_delete(session.engine.get(), slot);
@@ -104,10 +104,9 @@ int RunRender(const RenderArgs& args) {
     Subject subject;
     if (const int rc = ResolveSubject(session, args.orbital, subject)) return rc;
     RgbImage picture;
-    if (subject.state != nullptr) {
+    if (subject.index < 0) {
         if (const int rc = RenderState(session, args, subject, request, picture)) return rc;
-    } else if (const int rc =
-                   RenderOne(session, args, subject.index, request, picture, nullptr)) {
+    } else if (const int rc = RenderOne(session, args, subject.index, request, picture, nullptr)) {
         return rc;
     }
     const std::string file =

@@ -24,9 +24,8 @@ void CheckState(const State& s) {
             "n must be a whole number from 1 to " + std::to_string(kMaxStateN) + Got(s.n));
     Require(s.l >= 0 && s.l < s.n,
             "l must be a whole number from 0 to n - 1 = " + std::to_string(s.n - 1) + Got(s.l));
-    Require(std::abs(s.m) <= s.l, "m must be a whole number from -l to l (-" +
-                                      std::to_string(s.l) + " to " + std::to_string(s.l) + ")" +
-                                      Got(s.m));
+    Require(std::abs(s.m) <= s.l, "m must be a whole number from -l to l (-" + std::to_string(s.l) +
+                                      " to " + std::to_string(s.l) + ")" + Got(s.m));
     Require(s.Z >= 1 && s.Z <= kMaxStateZ,
             "Z must be a whole number from 1 to " + std::to_string(kMaxStateZ) + Got(s.Z));
     Require(s.basis == Basis::Real || s.basis == Basis::Complex,

@@ -25,8 +25,8 @@ enum class Basis : int32_t {
     Complex = 1,  ///< Y_l^m with a definite m
 };
 
-inline constexpr int32_t kMaxStateN = 30;         ///< highest principal quantum number
-inline constexpr int32_t kMaxStateZ = 100;        ///< highest nuclear charge
+inline constexpr int32_t kMaxStateN = 30;   ///< highest principal quantum number
+inline constexpr int32_t kMaxStateZ = 100;  ///< highest nuclear charge
 inline constexpr size_t kMaxSuperpositionTerms = 16;
 
 /// One state |n l m> of a one-electron atom of nuclear charge Z, or (shellAverage) the

@@ -46,6 +46,4 @@ int32_t TranslateCurrentException() noexcept {
 
 }  // namespace veltara::host
 
-extern "C" const char* vt_last_error_detail(void) {
-    return veltara::host::tLastDetail.c_str();
-}
+extern "C" const char* vt_last_error_detail(void) { return veltara::host::tLastDetail.c_str(); }

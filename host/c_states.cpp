@@ -4,10 +4,12 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "electron/boundary_surface.h"
+#include "electron/catalogue.h"
 #include "electron/hybrids.h"
 #include "electron/sampling.h"
 #include "electron/state.h"
@@ -38,12 +40,8 @@ using veltara::Raise;
 veltara::State StateFrom(const vt_state& s) {
     if (s.basis != VT_BASIS_REAL && s.basis != VT_BASIS_COMPLEX)
         Raise(veltara::kErrInvalidCall, "the basis must be real (0) or complex (1)");
-    return veltara::State{s.n,
-                          s.l,
-                          s.m,
-                          static_cast<veltara::Basis>(s.basis),
-                          s.Z,
-                          s.shell_average != 0};
+    return veltara::State{
+        s.n, s.l, s.m, static_cast<veltara::Basis>(s.basis), s.Z, s.shell_average != 0};
 }
 
 vt_state StateTo(const veltara::State& s) {
@@ -62,8 +60,7 @@ void CheckTime(double t) {
 
 /// Copies `items` to a caller's array of `capacity`, or reports only the count when too small.
 template <class T, class U, class F>
-int32_t CopyOut(const std::vector<T>& items, U* out, int32_t capacity, int32_t* count,
-                F convert) {
+int32_t CopyOut(const std::vector<T>& items, U* out, int32_t capacity, int32_t* count, F convert) {
     *count = static_cast<int32_t>(items.size());
     if (capacity < *count) return veltara::kErrSubscript;
     for (size_t i = 0; i < items.size(); ++i) out[i] = convert(items[i]);
@@ -108,6 +105,19 @@ int32_t vt_superposition_terms(const vt_superposition* s, vt_term* terms, int32_
         return CopyOut(s->value.Terms(), terms, capacity, count, [](const veltara::Term& t) {
             return vt_term{t.c.real(), t.c.imag(), StateTo(t.state)};
         });
+    });
+}
+
+int32_t vt_state_catalogue_index(const vt_superposition* s, int16_t* index) {
+    if (s == nullptr) return NoteError(kNullObject);
+    if (index == nullptr) return NoteError(kNullArgument);
+    return Guard([&] {
+        const std::vector<veltara::Term>& terms = s->value.Terms();
+        const std::optional<int16_t> row =
+            terms.size() == 1 && terms[0].c == std::complex<double>(1.0)
+                ? veltara::CatalogueIndexOf(terms[0].state)
+                : std::nullopt;
+        *index = row.value_or(-1);
     });
 }
 
@@ -205,18 +215,18 @@ int32_t vt_state_beats(const vt_superposition* s, vt_beat* beats, int32_t capaci
     });
 }
 
-int32_t vt_sample(const vt_superposition* s, double t, uint64_t seed, int32_t weight,
-                  size_t count, double* xyz, double* phase) {
+int32_t vt_sample(const vt_superposition* s, double t, uint64_t seed, int32_t weight, size_t count,
+                  double* xyz, double* phase) {
     if (s == nullptr) return kNullObject;
     if (count > 0 && xyz == nullptr) return kNullArgument;
     return Guard([&] {
         CheckTime(t);
         if (weight != VT_PDF && weight != VT_DRPDF)
             Raise(veltara::kErrInvalidCall, "the weight must be 0 (density) or 1 (radial view)");
-        veltara::Sample(s->value, t, seed, count,
-                        weight == VT_PDF ? veltara::SampleWeight::Density
-                                         : veltara::SampleWeight::RadialView,
-                        xyz, phase);
+        veltara::Sample(
+            s->value, t, seed, count,
+            weight == VT_PDF ? veltara::SampleWeight::Density : veltara::SampleWeight::RadialView,
+            xyz, phase);
     });
 }
 

@@ -229,8 +229,8 @@ VT_API void vt_destroy(vt_engine *e);
 /* Number of entries in the orbital catalogue (the engine checks it against its table). */
 #define VT_CATALOGUE_SIZE 40
 
-/* The catalogue entries, index 0..VT_CATALOGUE_SIZE - 1, in catalogue order, into out (capacity records).
- * count (out): VT_CATALOGUE_SIZE. Pass out NULL and capacity 0 to ask for the count only.
+/* The catalogue entries, index 0..VT_CATALOGUE_SIZE - 1, in catalogue order, into out (capacity
+ * records). count (out): VT_CATALOGUE_SIZE. Pass out NULL and capacity 0 to ask for the count only.
  * Returns VT_OK, VT_ERR_SUBSCRIPT (capacity below the count: nothing copied, count still
  * written), VT_ERR_OBJECT_NOT_SET (e NULL), VT_ERR_ARGUMENT (count NULL, or out NULL with a
  * capacity). */
@@ -247,9 +247,9 @@ VT_API int16_t vt_highest_n(vt_engine *e);
  * for the whole calculation; the random generator is seeded from the clock).
  * index (out): its handle, the lowest free slot.
  * Returns VT_OK, VT_ERR_OBJECT_NOT_SET (e NULL; a view other than VT_PDF and VT_DRPDF, or an
- * orbital outside the catalogue: the slot stays empty), VT_ERR_OVERFLOW (a byte above 255, a 32768th
- * dot, the 32768th slot), VT_ERR_DIVISION_BY_ZERO (a density that is zero over the whole cube,
- * or a first cloud whose every dot lies at the nucleus), VT_ERR_SUBSCRIPT (a first dot cloud
+ * orbital outside the catalogue: the slot stays empty), VT_ERR_OVERFLOW (a byte above 255, a
+ * 32768th dot, the 32768th slot), VT_ERR_DIVISION_BY_ZERO (a density that is zero over the whole
+ * cube, or a first cloud whose every dot lies at the nucleus), VT_ERR_SUBSCRIPT (a first dot cloud
  * without a single dot, e.g. with a clock below 32768 ms), VT_ERR_ARGUMENT (setup or index
  * NULL), VT_ERR_OUT_OF_MEMORY. */
 VT_API int32_t vt_add(vt_engine *e, const vt_OrbitalSetup *setup, int16_t *index);
@@ -331,12 +331,12 @@ VT_API int32_t vt_get_dots(vt_engine *e, int16_t index, vt_PointArray *dots, int
  * VT_ERR_OBJECT_NOT_SET, VT_ERR_ARGUMENT (grid NULL). */
 VT_API int32_t vt_get_grid(vt_engine *e, int16_t index, uint8_t *grid, size_t size);
 
-/* The normalised density of catalogue orbital `orbital` (0..VT_CATALOGUE_SIZE - 1) in view `view` at count points,
- * each given as x, y, z in Bohr radii (xyz[3 * i] .. xyz[3 * i + 2]): per cubic Bohr radius for
- * VT_PDF, the radially weighted density for VT_DRPDF. Needs no engine. out: count values.
- * Returns VT_OK, VT_ERR_OBJECT_NOT_SET (orbital outside the catalogue), VT_ERR_ARGUMENT (a view other
- * than VT_PDF and VT_DRPDF, xyz or out NULL with count above 0, and the density's own invalid
- * operations), VT_ERR_OVERFLOW. */
+/* The normalised density of catalogue orbital `orbital` (0..VT_CATALOGUE_SIZE - 1) in view `view`
+ * at count points, each given as x, y, z in Bohr radii (xyz[3 * i] .. xyz[3 * i + 2]): per cubic
+ * Bohr radius for VT_PDF, the radially weighted density for VT_DRPDF. Needs no engine. out: count
+ * values. Returns VT_OK, VT_ERR_OBJECT_NOT_SET (orbital outside the catalogue), VT_ERR_ARGUMENT (a
+ * view other than VT_PDF and VT_DRPDF, xyz or out NULL with count above 0, and the density's own
+ * invalid operations), VT_ERR_OVERFLOW. */
 VT_API int32_t vt_real_density(int16_t orbital, int32_t view, const double *xyz, size_t count,
                                double *out);
 
@@ -463,7 +463,8 @@ extern "C" {
  * unsquared factors (x for 2Px, xy for 3Dxy, 3z^2 - r^2 for 3Dz2, the radial polynomial
  * positive at the nucleus). Needs no engine.
  * out: count values. Errors: 5 (an averaged shell: a mixture has no sign; xyz or out
- * NULL with count above 0), 9 (orbital outside the catalogue), and the density's own errors (5, 6). */
+ * NULL with count above 0), 9 (orbital outside the catalogue), and the density's own errors (5, 6).
+ */
 VT_API int32_t vt_wavefunction(int16_t orbital, const double *xyz, size_t count, double *out);
 
 /* What a chemist reads off an orbital (40 bytes). An averaged shell shares n and l with its
@@ -478,14 +479,14 @@ typedef struct vt_OrbitalFacts {
     double mostProbableRadius; /* where r^2 R_nl(r)^2 is largest, Bohr radii */
 } vt_OrbitalFacts;
 
-/* The facts of catalogue orbital `orbital` (0..VT_CATALOGUE_SIZE - 1). out: them. Errors: 9 (orbital outside
- * the catalogue), 5 (out NULL). */
+/* The facts of catalogue orbital `orbital` (0..VT_CATALOGUE_SIZE - 1). out: them. Errors: 9
+ * (orbital outside the catalogue), 5 (out NULL). */
 VT_API int32_t vt_orbital_facts(int16_t orbital, vt_OrbitalFacts *out);
 
-/* The radial distribution P(r) = r^2 R_nl(r)^2 of orbital `orbital` (0..VT_CATALOGUE_SIZE - 1) at count distances
- * r (Bohr radii, not negative); it integrates to 1 over r.
- * out: count values. Errors: 9 (orbital outside the catalogue), 5 (a negative or NaN distance; r or
- * out NULL with count above 0), 6 (an infinite distance). */
+/* The radial distribution P(r) = r^2 R_nl(r)^2 of orbital `orbital` (0..VT_CATALOGUE_SIZE - 1) at
+ * count distances r (Bohr radii, not negative); it integrates to 1 over r. out: count values.
+ * Errors: 9 (orbital outside the catalogue), 5 (a negative or NaN distance; r or out NULL with
+ * count above 0), 6 (an infinite distance). */
 VT_API int32_t vt_radial_distribution(int16_t orbital, const double *r, size_t count, double *out);
 
 #ifdef __cplusplus
@@ -539,15 +540,20 @@ VT_API const char *vt_last_error_detail(void);
  * out: the new superposition. Errors: 5 (a field out of range, no terms, all coefficients
  * zero, different Z or basis, a shell average among several terms; see vt_last_error_detail),
  * 7. */
-VT_API int32_t vt_superposition_new(const vt_term *terms, int32_t count,
-                                    vt_superposition **out);
+VT_API int32_t vt_superposition_new(const vt_term *terms, int32_t count, vt_superposition **out);
 /* The state or superposition written in the engine's text form ("7,3,-2", "2,1,1c",
  * "Z=2;1,0,0", "3dz2", "av3d", "sp3:0", "0.6*2,1,0-0.8i*1,0,0"; docs/states.md has the grammar).
  * out: the new superposition. Errors: 5 (malformed text: the detail names the character), 7. */
 VT_API int32_t vt_parse_state(const char *text, vt_superposition **out);
 /* Hybrid k of a kind (VT_HYBRID_*; k from 0 to the kind's count - 1) built on shell n (0: 2 for
  * sp..sp3, 3 for sp3d and sp3d2). out: the new superposition. Errors: 5, 7. */
-enum { VT_HYBRID_SP = 0, VT_HYBRID_SP2 = 1, VT_HYBRID_SP3 = 2, VT_HYBRID_SP3D = 3, VT_HYBRID_SP3D2 = 4 };
+enum {
+    VT_HYBRID_SP = 0,
+    VT_HYBRID_SP2 = 1,
+    VT_HYBRID_SP3 = 2,
+    VT_HYBRID_SP3D = 3,
+    VT_HYBRID_SP3D2 = 4
+};
 VT_API int32_t vt_hybrid(int32_t kind, int32_t k, int32_t n, vt_superposition **out);
 /* Frees a superposition (NULL is allowed). */
 VT_API void vt_superposition_free(vt_superposition *s);
@@ -555,8 +561,11 @@ VT_API void vt_superposition_free(vt_superposition *s);
 /* The normalised terms (out, `capacity` of them) and their number (count, out).
  * Errors: 91 (s NULL), 5 (count NULL, or terms NULL with capacity above 0), 9 (capacity below
  * the number of terms: nothing written but count). */
-VT_API int32_t vt_superposition_terms(const vt_superposition *s, vt_term *terms,
-                                      int32_t capacity, int32_t *count);
+VT_API int32_t vt_superposition_terms(const vt_superposition *s, vt_term *terms, int32_t capacity,
+                                      int32_t *count);
+/* The catalogue orbital (out: 0..39) that s is, a single state with coefficient 1; -1 when it
+ * is none. Adding such a state is adding that orbital. Errors: 91, 5 (index NULL). */
+VT_API int32_t vt_state_catalogue_index(const vt_superposition *s, int16_t *index);
 /* The text form of s (out, NUL-terminated, at most `capacity` bytes) that vt_parse_state reads
  * back to the same superposition; length (out, may be NULL): its length without the NUL.
  * Errors: 91, 5 (out NULL), 9 (capacity too small: nothing written but length). */
@@ -577,8 +586,8 @@ VT_API int32_t vt_state_density(const vt_superposition *s, double t, int32_t vie
 /* P(r, t): the probability per Bohr radius of finding the electron at distance r, with the
  * cross terms of terms that share l and m. out: count values. Errors: 91, 5 (a negative or NaN
  * r), 6. */
-VT_API int32_t vt_state_radial_distribution(const vt_superposition *s, double t,
-                                            const double *r, size_t count, double *out);
+VT_API int32_t vt_state_radial_distribution(const vt_superposition *s, double t, const double *r,
+                                            size_t count, double *out);
 
 /* The facts of a state; for a superposition, n, l, m, Z of its first term and the energy its
  * expectation value. */
@@ -636,8 +645,7 @@ VT_API int32_t vt_surface_counts(const vt_surface *m, double *level, int32_t *ve
 /* Copies the mesh: xyz (3 floats a vertex, Bohr radii), phase (1 float a vertex, radians),
  * triangles (3 vertex indices each, counter-clockwise seen from outside); any may be NULL.
  * Each given array must hold what vt_surface_counts reports. Errors: 91. */
-VT_API int32_t vt_surface_copy(const vt_surface *m, float *xyz, float *phase,
-                               uint32_t *triangles);
+VT_API int32_t vt_surface_copy(const vt_surface *m, float *xyz, float *phase, uint32_t *triangles);
 /* Frees a surface (NULL is allowed). */
 VT_API void vt_surface_free(vt_surface *m);
 

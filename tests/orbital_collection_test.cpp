@@ -30,8 +30,8 @@ std::string Occupancy(const cOrbitalCol& c) {
 
 TEST(cOrbitalCol, SlotSequences) {
     vt_test::FixedClock clock(100000);
-    // 'A' Add (the index expected), 'V' Add of an unknown view, 'O' Add of the first index past the catalogue (both
-    // raise 91), 'D' Delete(index); then the slots afterwards.
+    // 'A' Add (the index expected), 'V' Add of an unknown view, 'O' Add of the first index past the
+    // catalogue (both raise 91), 'D' Delete(index); then the slots afterwards.
     struct Step {
         char op;
         int16_t value;

@@ -66,8 +66,8 @@ TEST(OrbitalRenderer, EdgeCases) {
          nullptr},
         {"a clock below 32768 ms seeds 0, a stuck generator: no first cloud",
          Defaults(9, ViewMode::PDF), 30000, 9, nullptr},
-        {"no orbital past the catalogue: the renderer has no electron", Defaults(0, ViewMode::PDF), 100000, 91,
-         nullptr},
+        {"no orbital past the catalogue: the renderer has no electron", Defaults(0, ViewMode::PDF),
+         100000, 91, nullptr},
         {"2S at its defaults: the outer shell (beyond the node at 2 Bohr, 31.75 grid steps) peaks "
          "at 4 e^-4 / 4 of the centre, below the threshold 30 of 255: no dot there",
          Defaults(1, ViewMode::PDF), 100000, 0,

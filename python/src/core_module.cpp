@@ -119,6 +119,13 @@ class State {
         return out;
     }
 
+    /// The catalogue orbital this state is, or -1.
+    int16_t CatalogueIndex() const {
+        int16_t index = -1;
+        Check(vt_state_catalogue_index(get(), &index));
+        return index;
+    }
+
     std::string Text() const {
         size_t length = 0;
         vt_format_state(get(), nullptr, 0, &length);
@@ -194,8 +201,8 @@ py::dict StateFacts(const State& s) {
     std::vector<vt_beat> beats(static_cast<size_t>(f.beat_count));
     Check(vt_state_beats(s.get(), beats.data(), f.beat_count, &count));
     py::list beatList;
-    for (const vt_beat& b : beats) beatList.append(py::make_tuple(b.delta_hartree, b.period_fs,
-                                                                  b.wavelength_nm));
+    for (const vt_beat& b : beats)
+        beatList.append(py::make_tuple(b.delta_hartree, b.period_fs, b.wavelength_nm));
     py::dict d;
     d["n"] = f.n;
     d["l"] = f.l;
@@ -218,9 +225,8 @@ py::tuple Sample(const State& s, double t, uint64_t seed, int32_t weight, py::ss
     py::array_t<double> phase(count);
     double* xyz = points.mutable_data();
     double* ph = phase.mutable_data();
-    Engine([&] {
-        return vt_sample(s.get(), t, seed, weight, static_cast<size_t>(count), xyz, ph);
-    });
+    Engine(
+        [&] { return vt_sample(s.get(), t, seed, weight, static_cast<size_t>(count), xyz, ph); });
     return py::make_tuple(points, phase);
 }
 
@@ -240,8 +246,7 @@ py::tuple Surface(const State& s, double t, double fraction, int32_t resolution)
     py::array_t<float> xyz({py::ssize_t{vertices}, py::ssize_t{3}});
     py::array_t<float> phase(vertices);
     py::array_t<uint32_t> faces({py::ssize_t{triangles}, py::ssize_t{3}});
-    Check(vt_surface_copy(m.get(), xyz.mutable_data(), phase.mutable_data(),
-                          faces.mutable_data()));
+    Check(vt_surface_copy(m.get(), xyz.mutable_data(), phase.mutable_data(), faces.mutable_data()));
     return py::make_tuple(level, xyz, phase, faces);
 }
 
@@ -296,8 +301,8 @@ class Atom {
     /// The probability grid indexed [x, y, z]: x fastest in memory, as the engine keeps it.
     py::array_t<uint8_t, py::array::f_style> Grid(int16_t slot) {
         py::array_t<uint8_t, py::array::f_style> out({kGrid, kGrid, kGrid});
-        Check(vt_get_grid(mEngine.get(), slot, out.mutable_data(),
-                          static_cast<size_t>(out.size())));
+        Check(
+            vt_get_grid(mEngine.get(), slot, out.mutable_data(), static_cast<size_t>(out.size())));
         return out;
     }
 
@@ -458,7 +463,8 @@ PYBIND11_MODULE(_core, m) {
 
     py::class_<State>(m, "State")
         .def("terms", &State::Terms)
-        .def("text", &State::Text);
+        .def("text", &State::Text)
+        .def("catalogue_index", &State::CatalogueIndex);
     m.def("parse", &Parse);
     m.def("superposition", &FromTerms);
     m.def("hybrid", &Hybrid);

@@ -98,14 +98,15 @@ def _state_or_index(orbital):
     """A catalogue index for a catalogue name or index, else the state a State, Superposition
     or text form names."""
     if isinstance(orbital, Superposition):
-        return orbital
+        index = orbital._core.catalogue_index()
+        return orbital if index < 0 else index
     try:
         return _index(orbital)
     except ValueError as unknown:
         if not isinstance(orbital, str):
             raise
         try:
-            return parse(orbital)
+            return _state_or_index(parse(orbital))
         except EngineError as refused:
             # Text with the marks of the state form is answered about that form alone.
             if any(mark in orbital for mark in ",:;=*+"):
