@@ -213,6 +213,15 @@ VT_API const char *vt_error_text(int32_t number);
  * the header a program was compiled with when the two match. Cannot fail. */
 VT_API const char *vt_version(void);
 
+/* The vector path the engine's arithmetic runs on, as static text: "scalar", "sse2", "avx2",
+ * "avx512" or, in WebAssembly, "simd128". It is the widest path the processor has, or the one
+ * the environment variable VELTARA_SIMD names (read once per process). Every path gives the same
+ * doubles, grids, dots and pixels; only the speed differs.
+ * refused (out, may be NULL): 1 when VELTARA_SIMD names a path that is unknown or that this
+ * processor lacks (the widest valid path is used instead), else 0. The engine writes no log, so
+ * a host that wants to warn reads this. Cannot fail. */
+VT_API const char *vt_simd(int32_t *refused);
+
 /* ---- Engine ---------------------------------------------------------------------------- */
 
 /* A new engine with an empty collection (one empty slot, index 0).
