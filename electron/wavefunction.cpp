@@ -1,11 +1,10 @@
 // The signed wavefunction of the single orbitals, from the catalogue's own densities.
 #include "electron/wavefunction.h"
 
-#include <array>
 #include <cmath>
-#include <memory>
 
 #include "electron/catalogue.h"
+#include "electron/catalogue_density.h"
 #include "electron/modOrbitals.h"
 #include "support/error.h"
 
@@ -14,17 +13,6 @@ namespace veltara {
 namespace {
 
 constexpr int16_t kSingleOrbitals = kCatalogueSingleCount;
-
-/// The catalogue's single orbitals, made once. Their density operations read nothing but
-/// constants, so the objects may be shared between threads.
-cElectron& SingleElectron(int16_t orbital) {
-    static const std::array<std::unique_ptr<cElectron>, kSingleOrbitals> electrons = [] {
-        std::array<std::unique_ptr<cElectron>, kSingleOrbitals> all;
-        for (int16_t i = 0; i < kSingleOrbitals; ++i) all[i] = modOrbitals::CreateElectron(i);
-        return all;
-    }();
-    return *electrons[orbital];
-}
 
 void CheckSingle(int16_t orbital) {
     if (orbital < 0 || orbital >= modOrbitals::kOrbitalCount) Raise(kErrSubscript);
@@ -102,8 +90,8 @@ double SignFactor(int16_t orbital, double x, double y, double z) {
     }
 }
 
-double Psi(cElectron& electron, int16_t orbital, double x, double y, double z) {
-    const double density = electron.GetRealPDF({x * x, y * y, z * z});
+/// psi from the real density at the point: its square root with the sign of the orbital.
+double Signed(double density, int16_t orbital, double x, double y, double z) {
     if (density == 0.0) return 0.0;  // on a node: no sign, and never -0
     return std::copysign(std::sqrt(density), SignFactor(orbital, x, y, z));
 }
@@ -112,14 +100,35 @@ double Psi(cElectron& electron, int16_t orbital, double x, double y, double z) {
 
 double Wavefunction(int16_t orbital, double x, double y, double z) {
     CheckSingle(orbital);
-    return Psi(SingleElectron(orbital), orbital, x, y, z);
+    return Signed(CatalogueElectron(orbital).GetRealPDF({x * x, y * y, z * z}), orbital, x, y, z);
 }
 
 void WavefunctionBatch(int16_t orbital, const double* xyz, size_t count, double* out) {
+    WavefunctionBatch(orbital, Coordinates::Interleaved(xyz), count, out);
+}
+
+void WavefunctionBatch(int16_t orbital, const Coordinates& points, size_t count, double* out) {
     CheckSingle(orbital);
-    cElectron& electron = SingleElectron(orbital);
-    for (size_t i = 0; i < count; ++i) {
-        out[i] = Psi(electron, orbital, xyz[3 * i], xyz[3 * i + 1], xyz[3 * i + 2]);
+    cElectron& electron = CatalogueElectron(orbital);
+    COORDdoubleParams squares[kCoordinateRun];
+    for (size_t start = 0; start < count; start += kCoordinateRun) {
+        const size_t n = count - start < kCoordinateRun ? count - start : kCoordinateRun;
+        double* o = out + start;
+        points.Squares(start, n, squares);
+        try {
+            electron.RealBatch(ViewMode::PDF, squares, o, n);
+        } catch (...) {
+            // A failing point: the run again point by point, which writes the values before
+            // it and raises its error.
+            for (size_t i = start; i < start + n; ++i) {
+                out[i] = Wavefunction(orbital, points.X(i), points.Y(i), points.Z(i));
+            }
+            throw;
+        }
+        for (size_t i = 0; i < n; ++i) {
+            const size_t p = start + i;
+            o[i] = Signed(o[i], orbital, points.X(p), points.Y(p), points.Z(p));
+        }
     }
 }
 
