@@ -1,7 +1,9 @@
 // The signed wavefunction of the single orbitals, from the catalogue's own densities.
 #include "electron/wavefunction.h"
 
+#include <array>
 #include <cmath>
+#include <utility>
 
 #include "electron/catalogue.h"
 #include "electron/catalogue_density.h"
@@ -23,14 +25,17 @@ void CheckSingle(int16_t orbital) {
 /// its odd coordinate factors and its polynomial. Each polynomial is computed from the squares
 /// in the same operations as the catalogue's density, so it is zero exactly where the density's
 /// factor is; a leading minus turns the catalogue's orientation into the usual one.
-double SignFactor(int16_t orbital, double x, double y, double z) {
+/// Inlined with a constant orbital in the batch path, where the switch and any unused
+/// quantity fall away.
+[[gnu::always_inline]] inline double SignFactor(int16_t orbital, double x, double y, double z) {
     const double X = x * x, Y = y * y, Z = z * z;
-    const double rho2 = Y + X, r2 = rho2 + Z, r = std::sqrt(r2);
+    const double rho2 = Y + X, r2 = rho2 + Z;
+    const auto r = [r2] { return std::sqrt(r2); };
     switch (orbital) {
         case 0:  // 1S
             return 1.0;
-        case 1:  // 2S: 2 - r
-            return -(r - 2.0);
+        case 1:  // 2S: 2 - r()
+            return -(r() - 2.0);
         case 2:
             return x;
         case 3:
@@ -38,13 +43,13 @@ double SignFactor(int16_t orbital, double x, double y, double z) {
         case 4:
             return z;
         case 5:  // 3S: 6 - 4r + 4r²/9
-            return (6.0 - 4.0 * r) + r2 * 0.4444444444444444;
-        case 6:  // 3P: 6 - r
-            return x * -(r - 6.0);
+            return (6.0 - 4.0 * r()) + r2 * 0.4444444444444444;
+        case 6:  // 3P: 6 - r()
+            return x * -(r() - 6.0);
         case 7:
-            return y * -(r - 6.0);
+            return y * -(r() - 6.0);
         case 8:
-            return z * -(r - 6.0);
+            return z * -(r() - 6.0);
         case 9:  // 3Dz²: 3z² - r²
             return -(rho2 - (Z + Z));
         case 10:
@@ -56,23 +61,23 @@ double SignFactor(int16_t orbital, double x, double y, double z) {
         case 13:
             return y * z;
         case 14:  // 4S: 192 - 144r + 24r² - r³
-            return -((r2 + 144.0) * r + (r2 + 8.0) * -24.0);
+            return -((r2 + 144.0) * r() + (r2 + 8.0) * -24.0);
         case 15:  // 4P: r² - 20r + 80
-            return x * ((r2 + 80.0) - r * 20.0);
+            return x * ((r2 + 80.0) - r() * 20.0);
         case 16:
-            return y * ((r2 + 80.0) - r * 20.0);
+            return y * ((r2 + 80.0) - r() * 20.0);
         case 17:
-            return z * ((r2 + 80.0) - r * 20.0);
-        case 18:  // 4D: (3z² - r²)(12 - r), both factors turned
-            return (rho2 - (Z + Z)) * (r - 12.0);
+            return z * ((r2 + 80.0) - r() * 20.0);
+        case 18:  // 4D: (3z² - r²)(12 - r()), both factors turned
+            return (rho2 - (Z + Z)) * (r() - 12.0);
         case 19:
-            return (X - Y) * -(r - 12.0);
+            return (X - Y) * -(r() - 12.0);
         case 20:
-            return x * y * -(r - 12.0);
+            return x * y * -(r() - 12.0);
         case 21:
-            return x * z * -(r - 12.0);
+            return x * z * -(r() - 12.0);
         case 22:
-            return y * z * -(r - 12.0);
+            return y * z * -(r() - 12.0);
         case 23:  // 4Fz³: z(2z² - 3rho²) = z(5z² - 3r²)
             return z * -(rho2 * 3.0 - (Z + Z));
         case 24:  // 4Fxz²: x(4z² - rho²) = x(5z² - r²)
@@ -91,10 +96,30 @@ double SignFactor(int16_t orbital, double x, double y, double z) {
 }
 
 /// psi from the real density at the point: its square root with the sign of the orbital.
-double Signed(double density, int16_t orbital, double x, double y, double z) {
+[[gnu::always_inline]] inline double Signed(double density, int16_t orbital, double x, double y,
+                                            double z) {
     if (density == 0.0) return 0.0;  // on a node: no sign, and never -0
     return std::copysign(std::sqrt(density), SignFactor(orbital, x, y, z));
 }
+
+/// Turns a run's densities o[0..n) into psi at points start.. of `points`, for one orbital.
+template <int16_t kOrbital>
+void SignRun(const Coordinates& points, size_t start, size_t n, double* o) {
+    for (size_t i = 0; i < n; ++i) {
+        const size_t p = start + i;
+        o[i] = Signed(o[i], kOrbital, points.X(p), points.Y(p), points.Z(p));
+    }
+}
+
+using SignRunFunction = void (*)(const Coordinates&, size_t, size_t, double*);
+
+template <int16_t... kOrbitals>
+constexpr std::array<SignRunFunction, sizeof...(kOrbitals)> SignRuns(
+    std::integer_sequence<int16_t, kOrbitals...>) {
+    return {&SignRun<kOrbitals>...};
+}
+
+constexpr auto kSignRuns = SignRuns(std::make_integer_sequence<int16_t, kSingleOrbitals>());
 
 }  // namespace
 
@@ -110,6 +135,7 @@ void WavefunctionBatch(int16_t orbital, const double* xyz, size_t count, double*
 void WavefunctionBatch(int16_t orbital, const Coordinates& points, size_t count, double* out) {
     CheckSingle(orbital);
     cElectron& electron = CatalogueElectron(orbital);
+    const SignRunFunction signs = kSignRuns[static_cast<size_t>(orbital)];
     COORDdoubleParams squares[kCoordinateRun];
     for (size_t start = 0; start < count; start += kCoordinateRun) {
         const size_t n = count - start < kCoordinateRun ? count - start : kCoordinateRun;
@@ -125,10 +151,7 @@ void WavefunctionBatch(int16_t orbital, const Coordinates& points, size_t count,
             }
             throw;
         }
-        for (size_t i = 0; i < n; ++i) {
-            const size_t p = start + i;
-            o[i] = Signed(o[i], orbital, points.X(p), points.Y(p), points.Z(p));
-        }
+        signs(points, start, n, o);
     }
 }
 

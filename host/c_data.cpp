@@ -83,11 +83,11 @@ int32_t vt_real_density_at(int16_t orbital, int32_t view, const vt_points* point
     return Guard([&] {
         if (!veltara::IsCatalogueIndex(orbital)) veltara::Raise(veltara::kErrObjectNotSet);
         const veltara::Coordinates all = veltara::host::CoordinatesOf(*points);
-        veltara::SplitRuns(count, threads, veltara::host::kPointsPerThread,
-                           [&](size_t start, size_t n) {
-                               veltara::RealDensityBatch(orbital, static_cast<veltara::ViewMode>(view),
-                                                         all.From(start), n, out + start);
-                           });
+        veltara::SplitRuns(
+            count, threads, veltara::host::kPointsPerThread, [&](size_t start, size_t n) {
+                veltara::RealDensityBatch(orbital, static_cast<veltara::ViewMode>(view),
+                                          all.From(start), n, out + start);
+            });
     });
 }
 

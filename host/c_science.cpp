@@ -15,8 +15,8 @@ int32_t vt_wavefunction(int16_t orbital, const double* xyz, size_t count, double
     return vt_wavefunction_at(orbital, &points, count, 1, out);
 }
 
-int32_t vt_wavefunction_at(int16_t orbital, const vt_points* points, size_t count,
-                           int32_t threads, double* out) {
+int32_t vt_wavefunction_at(int16_t orbital, const vt_points* points, size_t count, int32_t threads,
+                           double* out) {
     if (points == nullptr || !veltara::host::HasPoints(*points, count)) return kNullArgument;
     if (count > 0 && out == nullptr) return kNullArgument;
     return Guard([&] {

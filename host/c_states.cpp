@@ -166,8 +166,8 @@ int32_t vt_state_density(const vt_superposition* s, double t, int32_t view, cons
     return vt_state_density_at(s, t, view, &points, count, 1, out);
 }
 
-int32_t vt_state_psi_at(const vt_superposition* s, double t, const vt_points* points,
-                        size_t count, int32_t threads, double* out) {
+int32_t vt_state_psi_at(const vt_superposition* s, double t, const vt_points* points, size_t count,
+                        int32_t threads, double* out) {
     if (s == nullptr) return kNullObject;
     if (points == nullptr || !veltara::host::HasPoints(*points, count)) return kNullArgument;
     if (count > 0 && out == nullptr) return kNullArgument;
@@ -194,18 +194,17 @@ int32_t vt_state_density_at(const vt_superposition* s, double t, int32_t view,
             Raise(veltara::kErrInvalidCall, "the view must be 0 (density) or 1 (radial view)");
         const veltara::Coordinates all = veltara::host::CoordinatesOf(*points);
         const std::optional<int16_t> row = CatalogueRow(s->value);
-        veltara::SplitRuns(count, threads, veltara::host::kPointsPerThread,
-                           [&](size_t start, size_t n) {
-                               if (row) {
-                                   RowValues(wave, *row, view, all.From(start), n, out + start);
-                                   return;
-                               }
-                               for (size_t i = start; i < start + n; ++i) {
-                                   const double x = all.X(i), y = all.Y(i), z = all.Z(i);
-                                   out[i] = view == VT_PDF ? wave.Density(x, y, z)
-                                                           : wave.RadialView(x, y, z);
-                               }
-                           });
+        veltara::SplitRuns(
+            count, threads, veltara::host::kPointsPerThread, [&](size_t start, size_t n) {
+                if (row) {
+                    RowValues(wave, *row, view, all.From(start), n, out + start);
+                    return;
+                }
+                for (size_t i = start; i < start + n; ++i) {
+                    const double x = all.X(i), y = all.Y(i), z = all.Z(i);
+                    out[i] = view == VT_PDF ? wave.Density(x, y, z) : wave.RadialView(x, y, z);
+                }
+            });
     });
 }
 

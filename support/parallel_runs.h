@@ -14,7 +14,8 @@ namespace veltara {
 /// The threads a run of `total` points is shared among: at most `threads` (0: one per core),
 /// and no more than leave each at least `minimumPart` points.
 inline size_t RunThreads(size_t total, int32_t threads, size_t minimumPart) {
-    size_t wanted = threads > 0 ? static_cast<size_t>(threads) : std::thread::hardware_concurrency();
+    size_t wanted =
+        threads > 0 ? static_cast<size_t>(threads) : std::thread::hardware_concurrency();
     wanted = std::clamp<size_t>(wanted, 1, 64);
     return std::max<size_t>(1, std::min(wanted, total / std::max<size_t>(minimumPart, 1)));
 }

@@ -32,8 +32,10 @@ struct Points {
 Points RandomPoints() {
     std::mt19937_64 random(11);
     std::uniform_real_distribution<double> u(-30.0, 30.0);
-    Points p{std::vector<double>(kCount), std::vector<double>(2 * kCount), std::vector<double>(kCount)};
-    for (size_t i = 0; i < kCount; ++i) p.x[i] = u(random), p.y[2 * i] = u(random), p.z[i] = u(random);
+    Points p{std::vector<double>(kCount), std::vector<double>(2 * kCount),
+             std::vector<double>(kCount)};
+    for (size_t i = 0; i < kCount; ++i)
+        p.x[i] = u(random), p.y[2 * i] = u(random), p.z[i] = u(random);
     // The nucleus and points on the axes and planes, where factors vanish.
     p.x[0] = p.y[0] = p.z[kCount - 1] = 0.0;
     p.x[1] = p.y[2] = 0.0;
@@ -50,15 +52,19 @@ TEST(PointArrays, EveryLayoutAndSharingGivesThePerPointDoubles) {
     for (int16_t orbital = 0; orbital < kCatalogueSize; ++orbital) {
         const auto electron = modOrbitals::CreateElectron(orbital);
         for (const vt_points& points : {wide, flat}) {
-            const auto Z = [&](size_t i) { return points.z_stride == 0 ? broadcast : kPoints.Z(i); };
+            const auto Z = [&](size_t i) {
+                return points.z_stride == 0 ? broadcast : kPoints.Z(i);
+            };
             for (int32_t view : {VT_PDF, VT_DRPDF}) {
                 for (size_t i = 0; i < kCount; ++i) {
                     const COORDdoubleParams c{kPoints.X(i) * kPoints.X(i),
                                               kPoints.Y(i) * kPoints.Y(i), Z(i) * Z(i)};
-                    expected[i] = view == VT_PDF ? electron->GetRealPDF(c) : electron->GetRealDRPDF(c);
+                    expected[i] =
+                        view == VT_PDF ? electron->GetRealPDF(c) : electron->GetRealDRPDF(c);
                 }
                 for (int32_t threads : {1, 2, 3}) {
-                    ASSERT_EQ(vt_real_density_at(orbital, view, &points, kCount, threads, got.data()), 0);
+                    ASSERT_EQ(
+                        vt_real_density_at(orbital, view, &points, kCount, threads, got.data()), 0);
                     EXPECT_EQ(std::memcmp(got.data(), expected.data(), kCount * sizeof(double)), 0)
                         << "orbital " << orbital << " view " << view << " threads " << threads;
                 }
@@ -93,12 +99,13 @@ TEST(PointArrays, AFailingPointGivesTheErrorOfASinglePass) {
         const vt_points points = p.View();
         for (int32_t threads : {1, 2}) {
             std::vector<double> density(kCount, -1.0), psi(kCount, -1.0);
-            EXPECT_EQ(vt_real_density_at(9, VT_PDF, &points, kCount, threads, density.data()), c.error);
+            EXPECT_EQ(vt_real_density_at(9, VT_PDF, &points, kCount, threads, density.data()),
+                      c.error);
             EXPECT_EQ(vt_wavefunction_at(9, &points, kCount, threads, psi.data()), c.error);
             for (size_t i = 0; i < early; ++i) {
                 ASSERT_EQ(psi[i], Wavefunction(9, p.X(i), p.Y(i), p.Z(i))) << i;
-                ASSERT_EQ(density[i], electron->GetRealPDF({p.X(i) * p.X(i), p.Y(i) * p.Y(i),
-                                                            p.Z(i) * p.Z(i)}))
+                ASSERT_EQ(density[i],
+                          electron->GetRealPDF({p.X(i) * p.X(i), p.Y(i) * p.Y(i), p.Z(i) * p.Z(i)}))
                     << i;
             }
         }

@@ -125,7 +125,9 @@ class State {
     std::shared_ptr<vt_superposition> mS;
 };
 
-State Made(int32_t rc, vt_superposition* s) {
+/// `s` by reference: read only after the call that fills it, whichever argument is evaluated
+/// first.
+State Made(int32_t rc, vt_superposition* const& s) {
     Check(rc);
     return State(s);
 }
@@ -460,8 +462,8 @@ py::array_t<double> Psi(int16_t orbital, const PointArrays::Input& x, const Poin
 }
 
 py::array_t<std::complex<double>> StatePsi(const State& s, double t, const PointArrays::Input& x,
-                                            const PointArrays::Input& y,
-                                            const PointArrays::Input& z, int32_t threads) {
+                                           const PointArrays::Input& y, const PointArrays::Input& z,
+                                           int32_t threads) {
     const PointArrays points(x, y, z);
     py::array_t<std::complex<double>> out(points.Shape());
     auto* o = reinterpret_cast<double*>(out.mutable_data());
