@@ -3,10 +3,12 @@
 
 #include <array>
 #include <cmath>
+#include <type_traits>
 #include <utility>
 
 #include "electron/catalogue.h"
 #include "electron/catalogue_density.h"
+#include "electron/density_arithmetic.h"
 #include "electron/modOrbitals.h"
 #include "support/error.h"
 
@@ -27,13 +29,19 @@ void CheckSingle(int16_t orbital) {
 /// factor is; a leading minus turns the catalogue's orientation into the usual one.
 /// Inlined with a constant orbital in the batch path, where the switch and any unused
 /// quantity fall away.
-[[gnu::always_inline]] inline double SignFactor(int16_t orbital, double x, double y, double z) {
-    const double X = x * x, Y = y * y, Z = z * z;
-    const double rho2 = Y + X, r2 = rho2 + Z;
-    const auto r = [r2] { return std::sqrt(r2); };
+/// In plain doubles or in pairs (density::Pair), with the same operations in the same order.
+template <class T>
+[[gnu::always_inline]] inline T SignFactor(int16_t orbital, T x, T y, T z) {
+    const T X = x * x, Y = y * y, Z = z * z;
+    const T rho2 = Y + X, r2 = rho2 + Z;
+    const auto r = [r2] { return density::Sqrt(r2); };
     switch (orbital) {
         case 0:  // 1S
-            return 1.0;
+            if constexpr (std::is_same_v<T, double>) {
+                return 1.0;
+            } else {
+                return density::Broadcast(1.0);
+            }
         case 1:  // 2S: 2 - r()
             return -(r() - 2.0);
         case 2:
@@ -99,13 +107,28 @@ void CheckSingle(int16_t orbital) {
 [[gnu::always_inline]] inline double Signed(double density, int16_t orbital, double x, double y,
                                             double z) {
     if (density == 0.0) return 0.0;  // on a node: no sign, and never -0
-    return std::copysign(std::sqrt(density), SignFactor(orbital, x, y, z));
+    return std::copysign(std::sqrt(density), SignFactor<double>(orbital, x, y, z));
 }
 
 /// Turns a run's densities o[0..n) into psi at points start.. of `points`, for one orbital.
 template <int16_t kOrbital>
 void SignRun(const Coordinates& points, size_t start, size_t n, double* o) {
-    for (size_t i = 0; i < n; ++i) {
+    size_t i = 0;
+#if defined(__SSE2__)
+    // Two points a step: Signed's operations, its copysign and its zero test as bit masks.
+    const __m128d sign = _mm_set1_pd(-0.0);
+    for (; i + 2 <= n; i += 2) {
+        const size_t p = start + i;
+        using density::Load;
+        const density::Pair f =
+            SignFactor(kOrbital, Load(points.X(p), points.X(p + 1)),
+                       Load(points.Y(p), points.Y(p + 1)), Load(points.Z(p), points.Z(p + 1)));
+        const __m128d d = _mm_loadu_pd(o + i);
+        const __m128d psi = _mm_or_pd(_mm_andnot_pd(sign, _mm_sqrt_pd(d)), _mm_and_pd(sign, f.v));
+        _mm_storeu_pd(o + i, _mm_andnot_pd(_mm_cmpeq_pd(d, _mm_setzero_pd()), psi));
+    }
+#endif
+    for (; i < n; ++i) {
         const size_t p = start + i;
         o[i] = Signed(o[i], kOrbital, points.X(p), points.Y(p), points.Z(p));
     }
