@@ -1,6 +1,8 @@
 // veltara: list the orbital catalogue, render pictures, print statistics and export data.
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <cstdlib>
+#include <string>
 
 #include "commands.h"
 #include "safe_file.h"
@@ -18,7 +20,17 @@ constexpr const char* kOrbitalHelp =
 int main(int argc, char** argv) {
     CLI::App app{"veltara: pictures, statistics and data of the hydrogen atom's orbitals"};
     app.require_subcommand(1);
-    app.set_version_flag("--version", std::string("veltara ") + vt_version());
+    // The engine writes no log: a VELTARA_SIMD it could not honour is reported here.
+    int32_t simdRefused = 0;
+    const char* simd = vt_simd(&simdRefused);
+    if (simdRefused != 0) {
+        std::fprintf(stderr,
+                     "veltara: VELTARA_SIMD=%s names no vector path this processor has "
+                     "(scalar, sse2, avx2, avx512); using %s\n",
+                     std::getenv("VELTARA_SIMD"), simd);
+    }
+    app.set_version_flag("--version",
+                         std::string("veltara ") + vt_version() + " (vector path " + simd + ")");
 
     vtcli::ListArgs listArgs;
     CLI::App* list = app.add_subcommand("list", "the orbital catalogue");

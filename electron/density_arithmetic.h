@@ -15,6 +15,7 @@
 #endif
 
 #include "support/convert.h"
+#include "support/exact_math.h"
 
 namespace veltara::density {
 
@@ -24,8 +25,8 @@ inline constexpr double kMaxFinite = std::numeric_limits<double>::max();
 
 /// Square root without a check: a negative argument gives NaN, noticed later by the caller.
 inline double Sqrt(double v) { return std::sqrt(v); }
-/// The C library's exponential; underflow quietly gives 0.
-inline double Exp(double v) { return std::exp(v); }
+/// The engine's own exponential (the same double everywhere); underflow quietly gives 0.
+inline double Exp(double v) { return exact::Exp(v); }
 
 // ---- checked double ---------------------------------------------------------------------
 
@@ -46,15 +47,15 @@ inline Checked operator-(double a, Checked b) { return {CheckFinite(a - b.v)}; }
 inline Checked operator*(double a, Checked b) { return {CheckFinite(a * b.v)}; }
 inline Checked operator-(Checked a) { return {-a.v}; }
 inline Checked Sqrt(Checked a) { return {CheckedSqrt(a.v)}; }
-inline Checked Exp(Checked a) { return {CheckFinite(std::exp(a.v))}; }
+inline Checked Exp(Checked a) { return {CheckFinite(exact::Exp(a.v))}; }
 
 // ---- two doubles at once ----------------------------------------------------------------
 
 #if defined(__SSE2__)
 
 /// Two lanes of double arithmetic. Packed add, subtract, multiply and square root are the
-/// same correctly rounded operations as their scalar forms; the exponential runs lane by
-/// lane through the C library so that it matches the scalar path exactly.
+/// same correctly rounded operations as their scalar forms; the exponential is the engine's own,
+/// lane by lane here (the batch paths take whole runs of exponentials through ExpArray).
 struct Pair {
     __m128d v;
 };
@@ -71,8 +72,8 @@ inline Pair operator*(double a, Pair b) { return {_mm_mul_pd(_mm_set1_pd(a), b.v
 inline Pair operator-(Pair a) { return {_mm_xor_pd(a.v, _mm_set1_pd(-0.0))}; }
 inline Pair Sqrt(Pair a) { return {_mm_sqrt_pd(a.v)}; }
 inline Pair Exp(Pair a) {
-    const double lo = std::exp(_mm_cvtsd_f64(a.v));
-    const double hi = std::exp(_mm_cvtsd_f64(_mm_unpackhi_pd(a.v, a.v)));
+    const double lo = exact::Exp(_mm_cvtsd_f64(a.v));
+    const double hi = exact::Exp(_mm_cvtsd_f64(_mm_unpackhi_pd(a.v, a.v)));
     return {_mm_set_pd(hi, lo)};
 }
 inline Pair Load(const double& lo, const double& hi) { return {_mm_set_pd(hi, lo)}; }
@@ -117,7 +118,7 @@ inline Pair operator-(double a, Pair b) { return {a - b.lo, a - b.hi}; }
 inline Pair operator*(double a, Pair b) { return {a * b.lo, a * b.hi}; }
 inline Pair operator-(Pair a) { return {-a.lo, -a.hi}; }
 inline Pair Sqrt(Pair a) { return {std::sqrt(a.lo), std::sqrt(a.hi)}; }
-inline Pair Exp(Pair a) { return {std::exp(a.lo), std::exp(a.hi)}; }
+inline Pair Exp(Pair a) { return {exact::Exp(a.lo), exact::Exp(a.hi)}; }
 inline Pair Load(const double& lo, const double& hi) { return {lo, hi}; }
 inline void Store(Pair a, double* out) {
     out[0] = a.lo;

@@ -72,10 +72,19 @@ class OrbitalScheme : public cElectron {
 
     void NonScaledBatch(ViewMode view, const COORDdoubleParams* points, double* out,
                         size_t count) final {
+        // A factor of 1 leaves every finite value as it is.
         if (view == ViewMode::DRPDF) {
-            UnscaledRun<ViewMode::DRPDF>(points, out, count);
+            UnscaledRun<ViewMode::DRPDF>(points, out, count, 1.0);
         } else {
-            UnscaledRun<ViewMode::PDF>(points, out, count);
+            UnscaledRun<ViewMode::PDF>(points, out, count, 1.0);
+        }
+    }
+    void RealBatch(ViewMode view, const COORDdoubleParams* points, double* out,
+                   size_t count) final {
+        if (view == ViewMode::DRPDF) {
+            UnscaledRun<ViewMode::DRPDF>(points, out, count, RealDRFactor());
+        } else {
+            UnscaledRun<ViewMode::PDF>(points, out, count, Orb::kN);
         }
     }
     void ScaledBatch(ViewMode view, const COORDdoubleParams* points, uint8_t* out,
@@ -118,15 +127,21 @@ class OrbitalScheme : public cElectron {
         r2 = rho2 + Z;
         const T r = density::Sqrt(r2);
         const T e = density::Exp(Exponent(r));
-        const T f = Orb::Density(e, Terms<T>{X, Y, Z, rho2, r2, r});
+        return Finish<V>(e, Terms<T>{X, Y, Z, rho2, r2, r});
+    }
+
+    /// The value from the exponential on: the formula, then the weight of the view.
+    template <ViewMode V, class T>
+    static T Finish(const T& e, const Terms<T>& t) {
+        const T f = Orb::Density(e, t);
         if constexpr (V == ViewMode::PDF) {
             return f;
         } else if constexpr (W == RadialWeight::kRhoTimesR) {
             // Intended: single orbitals weigh by rho x r, not r², so their radial-distribution
             // view keeps only the symmetry about the z axis.
-            return f * density::Sqrt(rho2) * r;
+            return f * density::Sqrt(t.rho2) * t.r;
         } else {
-            return f * r2;
+            return f * t.r2;
         }
     }
 
@@ -156,46 +171,103 @@ class OrbitalScheme : public cElectron {
         return ToByte(CheckFinite(Unscaled<V>(c) * scale));
     }
 
-    // The batch path: two points per step in packed arithmetic. A pair with any faulty or
-    // out-of-range lane is redone point by point, which raises at the first failing point
-    // after the values before it are written.
+    // The batch path, in runs of up to kRun points: the distances of the whole run in packed
+    // arithmetic (two points a step), its exponentials through the widest vector path at once
+    // (exact::ExpArray gives Exp's doubles), then the formula two points a step. A pair with any
+    // faulty or out-of-range lane is redone point by point, which raises at the first failing
+    // point after the values before it are written.
 
-    template <ViewMode V>
-    static density::Pair EvaluatePair(const COORDdoubleParams* p, density::Pair& r2) {
-        using density::Load;
-        return Evaluate<V>(Load(p[0].Xs, p[1].Xs), Load(p[0].Ys, p[1].Ys), Load(p[0].Zs, p[1].Zs),
-                           r2);
-    }
+    static constexpr size_t kRun = 128;
 
+    /// The distances and exponentials of points[0..count), count <= kRun (even: a last odd
+    /// point is left to the per-point path).
+    struct Run {
+        alignas(64) double rho2[kRun], r2[kRun], r[kRun], e[kRun];
+
+        void Fill(const COORDdoubleParams* p, size_t count) {
+            using density::Load;
+            using density::Store;
+            for (size_t i = 0; i + 2 <= count; i += 2) {
+                const density::Pair rho2Pair =
+                    Load(p[i].Ys, p[i + 1].Ys) + Load(p[i].Xs, p[i + 1].Xs);
+                const density::Pair r2Pair = rho2Pair + Load(p[i].Zs, p[i + 1].Zs);
+                const density::Pair rPair = density::Sqrt(r2Pair);
+                Store(rho2Pair, rho2 + i);
+                Store(r2Pair, r2 + i);
+                Store(rPair, r + i);
+                Store(Exponent(rPair), e + i);
+            }
+            exact::ExpArray(e, e, count & ~size_t{1});
+        }
+
+        template <ViewMode V>
+        density::Pair Value(const COORDdoubleParams* p, size_t i) const {
+            using density::Load;
+            const Terms<density::Pair> t{Load(p[i].Xs, p[i + 1].Xs), Load(p[i].Ys, p[i + 1].Ys),
+                                         Load(p[i].Zs, p[i + 1].Zs), Load(rho2[i], rho2[i + 1]),
+                                         Load(r2[i], r2[i + 1]),     Load(r[i], r[i + 1])};
+            return Finish<V>(Load(e[i], e[i + 1]), t);
+        }
+    };
+
+    /// out[i] = the unscaled value times `factor`, as CheckFinite(Unscaled<V>(p) * factor).
     template <ViewMode V>
-    static void UnscaledRun(const COORDdoubleParams* points, double* out, size_t count) {
-        size_t i = 0;
-        for (; i + 2 <= count; i += 2) {
-            density::Pair r2;
-            const density::Pair v = EvaluatePair<V>(points + i, r2);
-            if (density::BothFinite(v, r2)) [[likely]] {
-                density::Store(v, out + i);
-            } else {
-                out[i] = Unscaled<V>(points[i]);
-                out[i + 1] = Unscaled<V>(points[i + 1]);
+    static void UnscaledRun(const COORDdoubleParams* points, double* out, size_t count,
+                            double factor) {
+        Run run;
+        for (size_t start = 0; start < count; start += kRun) {
+            const size_t n = count - start < kRun ? count - start : kRun;
+            const COORDdoubleParams* p = points + start;
+            double* o = out + start;
+            run.Fill(p, n);
+            size_t i = 0;
+            for (; i + 2 <= n; i += 2) {
+                // A finite product needs a finite value: the check of the per-point path.
+                const density::Pair v = run.template Value<V>(p, i) * factor;
+                const density::Pair r2 = density::Load(run.r2[i], run.r2[i + 1]);
+                if (density::BothFinite(v, r2)) [[likely]] {
+                    density::Store(v, o + i);
+                } else {
+                    o[i] = CheckFinite(Unscaled<V>(p[i]) * factor);
+                    o[i + 1] = CheckFinite(Unscaled<V>(p[i + 1]) * factor);
+                }
+            }
+            if (i < n) {
+                // The odd last point as a pair of itself: its doubles are the per-point ones.
+                const COORDdoubleParams twice[2] = {p[i], p[i]};
+                double values[2];
+                UnscaledRun<V>(twice, values, 2, factor);
+                o[i] = values[0];
             }
         }
-        if (i < count) out[i] = Unscaled<V>(points[i]);
     }
 
     template <ViewMode V>
     static void ByteRun(const COORDdoubleParams* points, uint8_t* out, size_t count, double scale) {
-        size_t i = 0;
-        for (; i + 2 <= count; i += 2) {
-            density::Pair r2;
-            const density::Pair v = EvaluatePair<V>(points + i, r2);
-            // Rounding in the packed conversion is the same ties-to-even rounding as ToByte's.
-            if (!density::BothFinite(v, r2) || !density::ToBytes(v * scale, out + i)) [[unlikely]] {
-                out[i] = Byte<V>(points[i], scale);
-                out[i + 1] = Byte<V>(points[i + 1], scale);
+        Run run;
+        for (size_t start = 0; start < count; start += kRun) {
+            const size_t n = count - start < kRun ? count - start : kRun;
+            const COORDdoubleParams* p = points + start;
+            uint8_t* o = out + start;
+            run.Fill(p, n);
+            size_t i = 0;
+            for (; i + 2 <= n; i += 2) {
+                const density::Pair v = run.template Value<V>(p, i);
+                const density::Pair r2 = density::Load(run.r2[i], run.r2[i + 1]);
+                // Rounding in the packed conversion is the same ties-to-even rounding as ToByte's.
+                if (!density::BothFinite(v, r2) || !density::ToBytes(v * scale, o + i))
+                    [[unlikely]] {
+                    o[i] = Byte<V>(p[i], scale);
+                    o[i + 1] = Byte<V>(p[i + 1], scale);
+                }
+            }
+            if (i < n) {
+                const COORDdoubleParams twice[2] = {p[i], p[i]};
+                uint8_t values[2];
+                ByteRun<V>(twice, values, 2, scale);
+                o[i] = values[0];
             }
         }
-        if (i < count) out[i] = Byte<V>(points[i], scale);
     }
 };
 

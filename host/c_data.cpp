@@ -4,12 +4,14 @@
 #include <cstring>
 #include <memory>
 
-#include "electron/modOrbitals.h"
+#include "electron/catalogue.h"
+#include "electron/catalogue_density.h"
 #include "engine/cOrbitalCol.h"
 #include "host/c_guard.h"
 #include "host/c_objects.h"
 #include "host/c_records.h"
 #include "support/error.h"
+#include "support/parallel_runs.h"
 
 using veltara::host::Guard;
 using veltara::host::kNullArgument;
@@ -68,18 +70,24 @@ int32_t vt_get_grid(vt_engine* e, int16_t index, uint8_t* grid, size_t size) {
 
 int32_t vt_real_density(int16_t orbital, int32_t view, const double* xyz, size_t count,
                         double* out) {
+    if (count > 0 && xyz == nullptr) return kNullArgument;
+    const vt_points points{xyz, xyz + 1, xyz + 2, 3, 3, 3};
+    return vt_real_density_at(orbital, view, &points, count, 1, out);
+}
+
+int32_t vt_real_density_at(int16_t orbital, int32_t view, const vt_points* points, size_t count,
+                           int32_t threads, double* out) {
     if (view != VT_PDF && view != VT_DRPDF) return veltara::kErrInvalidCall;
-    if (count > 0 && (xyz == nullptr || out == nullptr)) return kNullArgument;
+    if (points == nullptr || !veltara::host::HasPoints(*points, count)) return kNullArgument;
+    if (count > 0 && out == nullptr) return kNullArgument;
     return Guard([&] {
-        const std::unique_ptr<veltara::cElectron> electron =
-            veltara::modOrbitals::CreateElectron(orbital);
-        if (!electron) veltara::Raise(veltara::kErrObjectNotSet);
-        for (size_t i = 0; i < count; ++i) {
-            // The electron takes the squares of the coordinates.
-            const double x = xyz[3 * i], y = xyz[3 * i + 1], z = xyz[3 * i + 2];
-            const veltara::COORDdoubleParams p{x * x, y * y, z * z};
-            out[i] = view == VT_PDF ? electron->GetRealPDF(p) : electron->GetRealDRPDF(p);
-        }
+        if (!veltara::IsCatalogueIndex(orbital)) veltara::Raise(veltara::kErrObjectNotSet);
+        const veltara::Coordinates all = veltara::host::CoordinatesOf(*points);
+        veltara::SplitRuns(
+            count, threads, veltara::host::kPointsPerThread, [&](size_t start, size_t n) {
+                veltara::RealDensityBatch(orbital, static_cast<veltara::ViewMode>(view),
+                                          all.From(start), n, out + start);
+            });
     });
 }
 

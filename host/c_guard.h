@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "electron/coordinates.h"
 #include "host/veltara.h"
 
 namespace veltara::host {
@@ -33,6 +34,19 @@ int32_t Guard(Body&& body) noexcept {
         return TranslateCurrentException();
     }
 }
+
+/// True when the arrays of `points` are there for `count` points (any may be NULL for none).
+inline bool HasPoints(const vt_points& points, size_t count) {
+    return count == 0 || (points.x != nullptr && points.y != nullptr && points.z != nullptr);
+}
+
+/// The engine's view of a host's points.
+inline Coordinates CoordinatesOf(const vt_points& p) {
+    return {p.x, p.y, p.z, p.x_stride, p.y_stride, p.z_stride};
+}
+
+/// Below this many points a thread costs more than it saves.
+inline constexpr size_t kPointsPerThread = 16384;
 
 /// Numbers for the interface's own argument checks.
 inline constexpr int32_t kNullArgument = 5;  ///< a NULL out pointer or needed input

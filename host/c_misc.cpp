@@ -5,6 +5,7 @@
 #include "host/c_guard.h"
 #include "support/clock.h"
 #include "support/error.h"
+#include "support/simd_dispatch.h"
 
 using veltara::host::Guard;
 using veltara::host::kNullArgument;
@@ -40,6 +41,12 @@ extern "C" {
 const char* vt_error_text(int32_t number) { return veltara::ErrorText(number); }
 
 const char* vt_version(void) { return VT_VERSION_STRING; }
+
+const char* vt_simd(int32_t* refused) {
+    const veltara::SimdChoice choice = veltara::ActiveSimd();
+    if (refused != nullptr) *refused = choice.refused ? 1 : 0;
+    return veltara::SimdPathName(choice.path);
+}
 
 void vt_set_clock(int32_t (*clock)(void* ctx), void* ctx) {
     // Two pointers fit the function object's own storage, so installing cannot allocate.

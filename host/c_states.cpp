@@ -10,6 +10,7 @@
 
 #include "electron/boundary_surface.h"
 #include "electron/catalogue.h"
+#include "electron/catalogue_density.h"
 #include "electron/hybrids.h"
 #include "electron/sampling.h"
 #include "electron/state.h"
@@ -19,6 +20,7 @@
 #include "host/c_guard.h"
 #include "host/c_objects.h"
 #include "support/error.h"
+#include "support/parallel_runs.h"
 
 using veltara::host::Guard;
 using veltara::host::kNullArgument;
@@ -65,6 +67,29 @@ int32_t CopyOut(const std::vector<T>& items, U* out, int32_t capacity, int32_t* 
     if (capacity < *count) return veltara::kErrSubscript;
     for (size_t i = 0; i < items.size(); ++i) out[i] = convert(items[i]);
     return 0;
+}
+
+/// The catalogue row a superposition of one term is, whose values are the row's own.
+std::optional<int16_t> CatalogueRow(const veltara::Superposition& s) {
+    if (s.Terms().size() != 1) return std::nullopt;
+    return veltara::CatalogueIndexOf(s.Terms()[0].state);
+}
+
+/// A catalogue state's values through the electrons' batch path, in runs; a run's first point
+/// with a coordinate that is not finite goes to the per-point form, which refuses it as it
+/// refuses such a point of any state, after the values before it are written.
+void RowValues(const veltara::WaveEvaluator& wave, int16_t row, int32_t view,
+               const veltara::Coordinates& points, size_t count, double* out) {
+    for (size_t start = 0; start < count; start += veltara::kCoordinateRun) {
+        const size_t end = std::min(count, start + veltara::kCoordinateRun);
+        size_t good = start;
+        while (good < end && std::isfinite(points.X(good)) && std::isfinite(points.Y(good)) &&
+               std::isfinite(points.Z(good)))
+            ++good;
+        veltara::RealDensityBatch(row, static_cast<veltara::ViewMode>(view), points.From(start),
+                                  good - start, out + start);
+        if (good < end) wave.Density(points.X(good), points.Y(good), points.Z(good));
+    }
 }
 
 }  // namespace
@@ -136,27 +161,58 @@ int32_t vt_format_state(const vt_superposition* s, char* out, size_t capacity, s
 int32_t vt_state_psi(const vt_superposition* s, double t, const double* xyz, size_t count,
                      double* out) {
     if (s == nullptr) return kNullObject;
-    if (count > 0 && (xyz == nullptr || out == nullptr)) return kNullArgument;
-    return Guard([&] {
-        CheckTime(t);
-        // std::complex<double> is laid out as two doubles, real then imaginary.
-        veltara::PsiBatch(s->value, t, xyz, count, reinterpret_cast<std::complex<double>*>(out));
-    });
+    if (count > 0 && xyz == nullptr) return kNullArgument;
+    const vt_points points{xyz, xyz + 1, xyz + 2, 3, 3, 3};
+    return vt_state_psi_at(s, t, &points, count, 1, out);
 }
 
 int32_t vt_state_density(const vt_superposition* s, double t, int32_t view, const double* xyz,
                          size_t count, double* out) {
     if (s == nullptr) return kNullObject;
-    if (count > 0 && (xyz == nullptr || out == nullptr)) return kNullArgument;
+    if (count > 0 && xyz == nullptr) return kNullArgument;
+    const vt_points points{xyz, xyz + 1, xyz + 2, 3, 3, 3};
+    return vt_state_density_at(s, t, view, &points, count, 1, out);
+}
+
+int32_t vt_state_psi_at(const vt_superposition* s, double t, const vt_points* points, size_t count,
+                        int32_t threads, double* out) {
+    if (s == nullptr) return kNullObject;
+    if (points == nullptr || !veltara::host::HasPoints(*points, count)) return kNullArgument;
+    if (count > 0 && out == nullptr) return kNullArgument;
     return Guard([&] {
-        CheckTime(t);
+        const veltara::WaveEvaluator wave(s->value, t);
+        const veltara::Coordinates all = veltara::host::CoordinatesOf(*points);
+        auto* psi = reinterpret_cast<std::complex<double>*>(out);
+        veltara::SplitRuns(count, threads, veltara::host::kPointsPerThread,
+                           [&](size_t start, size_t n) {
+                               for (size_t i = start; i < start + n; ++i)
+                                   psi[i] = wave.Psi(all.X(i), all.Y(i), all.Z(i));
+                           });
+    });
+}
+
+int32_t vt_state_density_at(const vt_superposition* s, double t, int32_t view,
+                            const vt_points* points, size_t count, int32_t threads, double* out) {
+    if (s == nullptr) return kNullObject;
+    if (points == nullptr || !veltara::host::HasPoints(*points, count)) return kNullArgument;
+    if (count > 0 && out == nullptr) return kNullArgument;
+    return Guard([&] {
+        const veltara::WaveEvaluator wave(s->value, t);
         if (view != VT_PDF && view != VT_DRPDF)
             Raise(veltara::kErrInvalidCall, "the view must be 0 (density) or 1 (radial view)");
-        if (view == VT_PDF) {
-            veltara::DensityBatch(s->value, t, xyz, count, out);
-        } else {
-            veltara::RadialViewBatch(s->value, t, xyz, count, out);
-        }
+        const veltara::Coordinates all = veltara::host::CoordinatesOf(*points);
+        const std::optional<int16_t> row = CatalogueRow(s->value);
+        veltara::SplitRuns(
+            count, threads, veltara::host::kPointsPerThread, [&](size_t start, size_t n) {
+                if (row) {
+                    RowValues(wave, *row, view, all.From(start), n, out + start);
+                    return;
+                }
+                for (size_t i = start; i < start + n; ++i) {
+                    const double x = all.X(i), y = all.Y(i), z = all.Z(i);
+                    out[i] = view == VT_PDF ? wave.Density(x, y, z) : wave.RadialView(x, y, z);
+                }
+            });
     });
 }
 

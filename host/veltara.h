@@ -213,6 +213,15 @@ VT_API const char *vt_error_text(int32_t number);
  * the header a program was compiled with when the two match. Cannot fail. */
 VT_API const char *vt_version(void);
 
+/* The vector path the engine's arithmetic runs on, as static text: "scalar", "sse2", "avx2",
+ * "avx512" or, in WebAssembly, "simd128". It is the widest path the processor has, or the one
+ * the environment variable VELTARA_SIMD names (read once per process). Every path gives the same
+ * doubles, grids, dots and pixels; only the speed differs.
+ * refused (out, may be NULL): 1 when VELTARA_SIMD names a path that is unknown or that this
+ * processor lacks (the widest valid path is used instead), else 0. The engine writes no log, so
+ * a host that wants to warn reads this. Cannot fail. */
+VT_API const char *vt_simd(int32_t *refused);
+
 /* ---- Engine ---------------------------------------------------------------------------- */
 
 /* A new engine with an empty collection (one empty slot, index 0).
@@ -340,6 +349,23 @@ VT_API int32_t vt_get_grid(vt_engine *e, int16_t index, uint8_t *grid, size_t si
 VT_API int32_t vt_real_density(int16_t orbital, int32_t view, const double *xyz, size_t count,
                                double *out);
 
+/* Points given as three arrays, each with its own stride: point i is (x[i * x_stride],
+ * y[i * y_stride], z[i * z_stride]), Bohr radii. Strides count doubles and may be negative; a
+ * stride 0 repeats one value for every point. A host passes its arrays as they lie (separate
+ * columns, interleaved triples, one value broadcast) without gathering them first. */
+typedef struct vt_points {
+    const double *x, *y, *z;
+    ptrdiff_t x_stride, y_stride, z_stride;
+} vt_points;
+
+/* vt_real_density at count points given as three arrays: the same doubles, bit for bit.
+ * When count is large the work is shared among the processor's cores (at most `threads`
+ * threads; 0: as many as there are cores, 1: the calling thread alone).
+ * Returns as vt_real_density (VT_ERR_ARGUMENT also for points NULL, or x, y or z NULL with count
+ * above 0). */
+VT_API int32_t vt_real_density_at(int16_t orbital, int32_t view, const vt_points *points,
+                                  size_t count, int32_t threads, double *out);
+
 /* ---- Surfaces behind device handles ---------------------------------------------------- */
 
 /* Width and height (out) of the visible picture behind a device handle (375 x 375 for Main
@@ -466,6 +492,11 @@ extern "C" {
  * NULL with count above 0), 9 (orbital outside the catalogue), and the density's own errors (5, 6).
  */
 VT_API int32_t vt_wavefunction(int16_t orbital, const double *xyz, size_t count, double *out);
+/* vt_wavefunction at count points given as three arrays (vt_points), sharing the work among
+ * at most `threads` threads as vt_real_density_at does: the same doubles, bit for bit.
+ * Errors: as vt_wavefunction (5 also for points NULL, or x, y or z NULL with count above 0). */
+VT_API int32_t vt_wavefunction_at(int16_t orbital, const vt_points *points, size_t count,
+                                  int32_t threads, double *out);
 
 /* What a chemist reads off an orbital (40 bytes). An averaged shell shares n and l with its
  * members and has m 0. */
@@ -583,6 +614,14 @@ VT_API int32_t vt_state_psi(const vt_superposition *s, double t, const double *x
  * out: count values. Errors: 91, 5, 6. */
 VT_API int32_t vt_state_density(const vt_superposition *s, double t, int32_t view,
                                 const double *xyz, size_t count, double *out);
+/* vt_state_psi and vt_state_density at count points given as three arrays (vt_points), sharing
+ * the work among at most `threads` threads (0: one per core): the same doubles, bit for bit.
+ * Errors: as theirs (5 also for points NULL, or x, y or z NULL with count above 0). */
+VT_API int32_t vt_state_psi_at(const vt_superposition *s, double t, const vt_points *points,
+                               size_t count, int32_t threads, double *out);
+VT_API int32_t vt_state_density_at(const vt_superposition *s, double t, int32_t view,
+                                   const vt_points *points, size_t count, int32_t threads,
+                                   double *out);
 /* P(r, t): the probability per Bohr radius of finding the electron at distance r, with the
  * cross terms of terms that share l and m. out: count values. Errors: 91, 5 (a negative or NaN
  * r), 6. */

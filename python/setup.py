@@ -3,6 +3,7 @@ around this folder with the engine's floating-point rules (no contraction, no fa
 the package computes the same bytes as the engine's other hosts."""
 import glob
 import os
+import platform
 import re
 import sys
 
@@ -42,8 +43,18 @@ class BuildWithEngine(build_ext):
                      f"sources ({', '.join(LAYERS)}) were not found in {ROOT}")
         generated = os.path.join(self.build_temp, "generated")
         _version_header(generated)
-        ext.sources = list(ext.sources) + engine
         ext.include_dirs = list(ext.include_dirs) + [ROOT, generated]
+        # The wide forms of the exact exponential are compiled for their instruction sets alone
+        # (as CMakeLists.txt does) and called only on processors that have them.
+        wide = {os.path.join(ROOT, "support", f"exact_math_{isa}.cpp"): f"-m{flag}"
+                for isa, flag in (("avx2", "avx2"), ("avx512", "avx512f"))}
+        if platform.machine().lower() in ("x86_64", "amd64"):
+            for source, flag in wide.items():
+                ext.extra_objects = list(ext.extra_objects) + self.compiler.compile(
+                    [source], output_dir=self.build_temp, include_dirs=ext.include_dirs,
+                    macros=ext.define_macros, extra_postargs=ext.extra_compile_args + [flag])
+            engine = [f for f in engine if f not in wide]
+        ext.sources = list(ext.sources) + engine
         super().build_extension(ext)
 
 

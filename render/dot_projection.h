@@ -8,6 +8,7 @@
 
 #include "../records/PublicTypes.h"
 #include "../support/convert.h"
+#include "../support/exact_math.h"
 
 namespace veltara {
 
@@ -63,10 +64,10 @@ class DotProjection {
     /// The view of `req` for a cloud whose farthest dot lies 127 / depthScale from the nucleus.
     /// A non-finite angle has no cosine: 5 or 6.
     DotProjection(const RenderRequest& req, double depthScale)
-        : mCosT(CheckFinite(std::cos(req.Theta))),
-          mSinT(CheckFinite(std::sin(req.Theta))),
-          mCosP(CheckFinite(std::cos(req.Phi))),
-          mSinP(CheckFinite(std::sin(req.Phi))),
+        : mCosT(CheckFinite(exact::Cos(req.Theta))),
+          mSinT(CheckFinite(exact::Sin(req.Theta))),
+          mCosP(CheckFinite(exact::Cos(req.Phi))),
+          mSinP(CheckFinite(exact::Sin(req.Phi))),
           mCosTCosP(mCosT * mCosP),
           mSinTSinP(mSinT * mSinP),
           mSinTCosP(mSinT * mCosP),

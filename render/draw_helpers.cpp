@@ -6,6 +6,7 @@
 
 #include "render/orbital_renderer.h"
 #include "support/convert.h"
+#include "support/exact_math.h"
 #include "support/modMaths.h"
 
 namespace veltara {
@@ -24,10 +25,10 @@ struct ViewTurn {
 
     ViewTurn(double theta, double phi) {
         // A non-finite angle has no cosine: the invalid operation raises the engine's error.
-        cT = CheckFinite(std::cos(theta));
-        sT = CheckFinite(std::sin(theta));
-        cP = CheckFinite(std::cos(phi));
-        sP = CheckFinite(std::sin(phi));
+        cT = CheckFinite(exact::Cos(theta));
+        sT = CheckFinite(exact::Sin(theta));
+        cP = CheckFinite(exact::Cos(phi));
+        sP = CheckFinite(exact::Sin(phi));
         cTcP = cT * cP;
         sTsP = sT * sP;
         sTcP = sT * cP;

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "support/convert.h"
+#include "support/exact_math.h"
 
 namespace veltara::modMaths {
 
@@ -34,10 +35,10 @@ void ProjectOntoPlane(const COORDlong& Camera, const COORDdouble& Point, COORDlo
 }
 
 COORDdouble RotateCoord(const COORDdouble& Point, const double& AngleA, const double& AngleB) {
-    const double cA = CheckFinite(std::cos(AngleA));
-    const double sA = CheckFinite(std::sin(AngleA));
-    const double cB = CheckFinite(std::cos(AngleB));
-    const double sB = CheckFinite(std::sin(AngleB));
+    const double cA = CheckFinite(exact::Cos(AngleA));
+    const double sA = CheckFinite(exact::Sin(AngleA));
+    const double cB = CheckFinite(exact::Cos(AngleB));
+    const double sB = CheckFinite(exact::Sin(AngleB));
 
     // About Z by AngleB, then about X by AngleA, folded into one sum per axis. Each product of
     // two cosines or sines is formed first and the terms are added left to right.

@@ -58,7 +58,14 @@ TEST(VeltaraCommand, ListsVersionHelpAndAbout) {
     EXPECT_EQ(list[9]["key"], "3Dz\xC2\xB2");
     EXPECT_EQ(list[30]["key"], "av1S");
     EXPECT_EQ(list[30]["type"], "average");
-    EXPECT_EQ(RunVeltara("--version").out, "veltara 1.1.0\n");
+    // The vector path as asked; a path unknown (or one the processor lacks) falls back to the
+    // widest, with a warning on standard error, never a crash.
+    EXPECT_EQ(RunVeltara("--version", "VELTARA_SIMD=scalar ").out,
+              "veltara 1.1.0 (vector path scalar)\n");
+    const auto unknown = RunVeltara("--version", "VELTARA_SIMD=avx9 ");
+    EXPECT_EQ(unknown.exitCode, 0);
+    EXPECT_EQ(unknown.out, RunVeltara("--version", "VELTARA_SIMD= ").out);
+    EXPECT_NE(unknown.err.find("VELTARA_SIMD=avx9 names no vector path"), std::string::npos);
     const auto help = RunVeltara("render --help");
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_NE(help.out.find("a dot needs a level above it"), std::string::npos) << help.out;

@@ -7,6 +7,8 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <memory>
 #include <optional>
@@ -61,16 +63,7 @@ class ClockScope {
     int32_t mMs;
 };
 
-/// Points given as an (N, 3) array of x, y, z in Bohr radii.
-using Points = py::array_t<double, py::array::c_style | py::array::forcecast>;
 using Doubles = py::array_t<double, py::array::c_style | py::array::forcecast>;
-
-const double* PointData(const Points& xyz, size_t& count) {
-    if (xyz.ndim() != 2 || xyz.shape(1) != 3)
-        throw py::value_error("points must be an (N, 3) array");
-    count = static_cast<size_t>(xyz.shape(0));
-    return xyz.data();
-}
 
 /// The request's fields by their Python names, in one table for both directions.
 template <class Visit>
@@ -163,24 +156,6 @@ State FromTerms(const std::vector<std::tuple<double, double, int32_t, int32_t, i
 
 State Hybrid(int32_t kind, int32_t k, int32_t n) {
     return Made([&](vt_superposition** s) { return vt_hybrid(kind, k, n, s); });
-}
-
-py::array_t<std::complex<double>> StatePsi(const State& s, double t, const Points& xyz) {
-    size_t count = 0;
-    const double* p = PointData(xyz, count);
-    py::array_t<std::complex<double>> out(static_cast<py::ssize_t>(count));
-    auto* o = reinterpret_cast<double*>(out.mutable_data());
-    Engine([&] { return vt_state_psi(s.get(), t, p, count, o); });
-    return out;
-}
-
-py::array_t<double> StateDensity(const State& s, double t, int32_t view, const Points& xyz) {
-    size_t count = 0;
-    const double* p = PointData(xyz, count);
-    py::array_t<double> out(static_cast<py::ssize_t>(count));
-    double* o = out.mutable_data();
-    Engine([&] { return vt_state_density(s.get(), t, view, p, count, o); });
-    return out;
 }
 
 py::array_t<double> StateRadial(const State& s, double t, const Doubles& r) {
@@ -374,21 +349,153 @@ class Atom {
     std::optional<int32_t> mClock;
 };
 
-py::array_t<double> Density(int16_t orbital, int32_t view, const Points& xyz) {
-    size_t count = 0;
-    const double* p = PointData(xyz, count);
-    py::array_t<double> out(static_cast<py::ssize_t>(count));
+/// Coordinates as numpy hands them over after broadcasting: three arrays of one shape, each
+/// with its own strides (0 along a broadcast axis), read in place. Axes along which all three
+/// step evenly are merged, so that the usual cases (whole arrays, broadcast scalars) are one
+/// run of points; the engine is called once per innermost run, writing the values in C order.
+class PointArrays {
+  public:
+    using Input = py::array_t<double, py::array::forcecast>;
+
+    PointArrays(const Input& x, const Input& y, const Input& z) : mArrays{x, y, z} {
+        for (Input& a : mArrays) {
+            if (a.ndim() != x.ndim() || !std::equal(a.shape(), a.shape() + a.ndim(), x.shape()))
+                throw py::value_error("x, y and z must have one shape after broadcasting");
+            // A stride that is no whole number of doubles (an unaligned view) is read from a copy.
+            for (py::ssize_t k = 0; k < a.ndim(); ++k) {
+                if (a.strides(k) % static_cast<py::ssize_t>(sizeof(double)) != 0) {
+                    a = Input(py::module_::import("numpy").attr("ascontiguousarray")(a));
+                    break;
+                }
+            }
+        }
+        mShape.assign(x.shape(), x.shape() + x.ndim());
+        for (py::ssize_t k = 0; k < x.ndim(); ++k) {
+            if (x.shape(k) == 1) continue;
+            Axis axis{x.shape(k), {}};
+            for (size_t a = 0; a < 3; ++a)
+                axis.stride[a] = mArrays[a].strides(k) / static_cast<py::ssize_t>(sizeof(double));
+            if (!mAxes.empty() && Merges(mAxes.back(), axis)) {
+                mAxes.back() = Axis{mAxes.back().size * axis.size, axis.stride};
+            } else {
+                mAxes.push_back(axis);
+            }
+        }
+    }
+
+    const std::vector<py::ssize_t>& Shape() const { return mShape; }
+
+    /// Calls call(points, count, offset) for each innermost run; offset: its first value's
+    /// place in C order. Runs without the interpreter's lock.
+    template <class Call>
+    void Each(Call&& call) const {
+        if (mArrays[0].size() == 0) {
+            // No point, but the call still checks its other arguments.
+            const vt_points none{mArrays[0].data(), mArrays[1].data(), mArrays[2].data(), 0, 0, 0};
+            call(none, 0, 0);
+            return;
+        }
+        const size_t outer = mAxes.size() > 1 ? mAxes.size() - 1 : 0;
+        const py::ssize_t run = mAxes.empty() ? 1 : mAxes.back().size;
+        std::vector<py::ssize_t> index(outer, 0);
+        size_t offset = 0;
+        while (true) {
+            const double* p[3];
+            for (size_t a = 0; a < 3; ++a) {
+                p[a] = mArrays[a].data();
+                for (size_t k = 0; k < outer; ++k) p[a] += index[k] * mAxes[k].stride[a];
+            }
+            const std::array<py::ssize_t, 3> step =
+                mAxes.empty() ? std::array<py::ssize_t, 3>{} : mAxes.back().stride;
+            const vt_points points{p[0], p[1], p[2], step[0], step[1], step[2]};
+            call(points, static_cast<size_t>(run), offset);
+            offset += static_cast<size_t>(run);
+            size_t k = outer;
+            while (k > 0 && ++index[k - 1] == mAxes[k - 1].size) index[--k] = 0;
+            if (k == 0) return;
+        }
+    }
+
+  private:
+    struct Axis {
+        py::ssize_t size;
+        std::array<py::ssize_t, 3> stride;  // in doubles
+    };
+
+    /// True when stepping `outer` once is stepping `inner` its size times, in all three arrays.
+    static bool Merges(const Axis& outer, const Axis& inner) {
+        for (size_t a = 0; a < 3; ++a) {
+            if (outer.stride[a] != inner.stride[a] * inner.size) return false;
+        }
+        return true;
+    }
+
+    std::array<Input, 3> mArrays;
+    std::vector<py::ssize_t> mShape;
+    std::vector<Axis> mAxes;  // outermost first; the last is the innermost run
+};
+
+py::array_t<double> Density(int16_t orbital, int32_t view, const PointArrays::Input& x,
+                            const PointArrays::Input& y, const PointArrays::Input& z,
+                            int32_t threads) {
+    const PointArrays points(x, y, z);
+    py::array_t<double> out(points.Shape());
     double* o = out.mutable_data();
-    Engine([&] { return vt_real_density(orbital, view, p, count, o); });
+    Engine([&] {
+        int32_t rc = VT_OK;
+        points.Each([&](const vt_points& p, size_t count, size_t offset) {
+            if (rc == VT_OK) rc = vt_real_density_at(orbital, view, &p, count, threads, o + offset);
+        });
+        return rc;
+    });
     return out;
 }
 
-py::array_t<double> Psi(int16_t orbital, const Points& xyz) {
-    size_t count = 0;
-    const double* p = PointData(xyz, count);
-    py::array_t<double> out(static_cast<py::ssize_t>(count));
+py::array_t<double> Psi(int16_t orbital, const PointArrays::Input& x, const PointArrays::Input& y,
+                        const PointArrays::Input& z, int32_t threads) {
+    const PointArrays points(x, y, z);
+    py::array_t<double> out(points.Shape());
     double* o = out.mutable_data();
-    Engine([&] { return vt_wavefunction(orbital, p, count, o); });
+    Engine([&] {
+        int32_t rc = VT_OK;
+        points.Each([&](const vt_points& p, size_t count, size_t offset) {
+            if (rc == VT_OK) rc = vt_wavefunction_at(orbital, &p, count, threads, o + offset);
+        });
+        return rc;
+    });
+    return out;
+}
+
+py::array_t<std::complex<double>> StatePsi(const State& s, double t, const PointArrays::Input& x,
+                                           const PointArrays::Input& y, const PointArrays::Input& z,
+                                           int32_t threads) {
+    const PointArrays points(x, y, z);
+    py::array_t<std::complex<double>> out(points.Shape());
+    auto* o = reinterpret_cast<double*>(out.mutable_data());
+    Engine([&] {
+        int32_t rc = VT_OK;
+        points.Each([&](const vt_points& p, size_t count, size_t offset) {
+            if (rc == VT_OK) rc = vt_state_psi_at(s.get(), t, &p, count, threads, o + 2 * offset);
+        });
+        return rc;
+    });
+    return out;
+}
+
+py::array_t<double> StateDensity(const State& s, double t, int32_t view,
+                                 const PointArrays::Input& x, const PointArrays::Input& y,
+                                 const PointArrays::Input& z, int32_t threads) {
+    const PointArrays points(x, y, z);
+    py::array_t<double> out(points.Shape());
+    double* o = out.mutable_data();
+    Engine([&] {
+        int32_t rc = VT_OK;
+        points.Each([&](const vt_points& p, size_t count, size_t offset) {
+            if (rc == VT_OK)
+                rc = vt_state_density_at(s.get(), t, view, &p, count, threads, o + offset);
+        });
+        return rc;
+    });
     return out;
 }
 
@@ -484,4 +591,9 @@ PYBIND11_MODULE(_core, m) {
     m.def("facts", &Facts);
     m.def("error_text", [](int32_t n) { return std::string(vt_error_text(n)); });
     m.def("version", [] { return std::string(vt_version()); });
+    m.def("simd", [] {
+        int32_t refused = 0;
+        const std::string path = vt_simd(&refused);
+        return py::make_tuple(path, refused != 0);
+    });
 }

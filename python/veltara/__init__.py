@@ -272,32 +272,38 @@ class Orbital:
 
 # ---- the catalogue's functions ---------------------------------------------------------------
 
-def _points(x, y, z):
-    bx, by, bz = np.broadcast_arrays(*(np.asarray(v, dtype=np.float64) for v in (x, y, z)))
-    return np.stack([bx.ravel(), by.ravel(), bz.ravel()], axis=1), bx.shape
+def _coordinates(x, y, z):
+    """x, y, z as float64 arrays of one shape: broadcast views of the arrays given, not copies."""
+    return np.broadcast_arrays(*(np.asarray(v, dtype=np.float64) for v in (x, y, z)))
 
 
-def density(orbital, x, y, z, view="pdf", t=0):
+def _threads(threads):
+    return 0 if threads is None else _whole(threads, "threads", (1, 64))
+
+
+def density(orbital, x, y, z, view="pdf", t=0, threads=None):
     """The normalised density of an orbital or state at points x, y, z (Bohr radii; numpy
     broadcasting): per cubic Bohr radius for view "pdf", the radially weighted density for
-    "drpdf"; t is a superposition's time (hbar/E_h)."""
-    xyz, shape = _points(x, y, z)
+    "drpdf"; t is a superposition's time (hbar/E_h). The values are computed in place from the
+    arrays given, by at most `threads` threads (None: one per core) with the
+    interpreter's lock released; the values do not depend on the threads."""
     found, v = _state_or_index(orbital), _choice(view, _VIEWS, "view")
+    xyz = _coordinates(x, y, z)
     if isinstance(found, Superposition):
-        return _states.state_density(found, xyz, v, t).reshape(shape)
-    return _core.density(found, v, xyz).reshape(shape)
+        return _states.state_density(found, xyz, v, t, _threads(threads))
+    return _core.density(found, v, *xyz, _threads(threads))
 
 
-def wavefunction(orbital, x, y, z, t=None):
+def wavefunction(orbital, x, y, z, t=None, threads=None):
     """The wavefunction psi at x, y, z (Bohr radii, broadcasting), in Bohr^(-3/2): float64 for
     a catalogue orbital, a real State or a real hybrid with t None; complex128 for a complex
     state, complex coefficients or a given time t (hbar/E_h). |psi|² is density(...). Shell
-    averages have no phase: EngineError 5."""
-    xyz, shape = _points(x, y, z)
+    averages have no phase: EngineError 5. threads: as for density."""
     found = _state_or_index(orbital)
+    xyz = _coordinates(x, y, z)
     if isinstance(found, Superposition):
-        return _states.state_wavefunction(found, xyz, t).reshape(shape)
-    return _core.wavefunction(found, xyz).reshape(shape)
+        return _states.state_wavefunction(found, xyz, t, _threads(threads))
+    return _core.wavefunction(found, *xyz, _threads(threads))
 
 
 def radial_distribution(orbital, r, t=0):
@@ -324,7 +330,14 @@ def facts(orbital):
 def simd():
     """The vector path the engine uses on this processor ("scalar", "sse2", "avx2", "avx512"),
     chosen at start or forced by VELTARA_SIMD; every path gives the same numbers."""
-    return _core.simd()
+    return _core.simd()[0]
+
+
+if _core.simd()[1]:
+    import os as _os
+    import warnings as _warnings
+    _warnings.warn(f"VELTARA_SIMD={_os.environ.get('VELTARA_SIMD')!r} names no path this "
+                   f"processor has; using {simd()}", RuntimeWarning, stacklevel=2)
 
 
 from ._science import Surface, boundary_surface, write_cube  # noqa: E402  (uses the above)

@@ -140,13 +140,13 @@ def _time(t):
     return t
 
 
-def state_wavefunction(state, xyz, t):
-    psi = _core.state_psi(state._core, _time(t), xyz)
+def state_wavefunction(state, xyz, t, threads):
+    psi = _core.state_psi(state._core, _time(t), *xyz, threads)
     return psi.real.copy() if t is None and state._is_real() else psi
 
 
-def state_density(state, xyz, view, t):
-    return _core.state_density(state._core, _time(t), view, xyz)
+def state_density(state, xyz, view, t, threads):
+    return _core.state_density(state._core, _time(t), view, *xyz, threads)
 
 
 def state_radial(state, r, t):

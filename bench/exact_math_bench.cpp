@@ -1,0 +1,114 @@
+// The engine's own exponential on each vector path against the C library's, over the exponents
+// of one octant grid (2,097,152 points), and the Add of every pair measured side by side with
+// the bare C-library loop in the same process.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <vector>
+
+#include "engine/cOrbitalCol.h"
+#include "engine/cVeltara.h"
+#include "support/clock.h"
+#include "support/exact_math.h"
+#include "support/simd_dispatch.h"
+
+namespace {
+
+using namespace veltara;
+
+/// The exponents -2 r of the 128^3 octant points of a 1S grid of radius 10.
+const std::vector<double>& OctantExponents() {
+    static const std::vector<double> x = [] {
+        std::vector<double> v;
+        v.reserve(128 * 128 * 128);
+        const double step = 10.0 / 127.0;
+        for (int z = 0; z < 128; ++z) {
+            for (int y = 0; y < 128; ++y) {
+                for (int i = 0; i < 128; ++i) {
+                    const double a = i * step, b = y * step, c = z * step;
+                    v.push_back(std::sqrt((b * b + a * a) + c * c) * -2.0);
+                }
+            }
+        }
+        return v;
+    }();
+    return x;
+}
+
+double LibcLoopMs(std::vector<double>& out) {
+    const std::vector<double>& x = OctantExponents();
+    const auto t0 = std::chrono::steady_clock::now();
+    for (size_t i = 0; i < x.size(); ++i) out[i] = std::exp(x[i]);
+    benchmark::DoNotOptimize(out.data());
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t0).count();
+}
+
+void BM_LibcExpOctant(benchmark::State& state) {
+    std::vector<double> out(OctantExponents().size());
+    for (auto _ : state) LibcLoopMs(out);
+}
+BENCHMARK(BM_LibcExpOctant)->Unit(benchmark::kMillisecond);
+
+void BM_ExactExpOctant(benchmark::State& state) {
+    const auto path = static_cast<SimdPath>(state.range(0));
+    if (!SimdPathAvailable(path)) {
+        state.SkipWithError("path not available here");
+        return;
+    }
+    state.SetLabel(SimdPathName(path));
+    const std::vector<double>& x = OctantExponents();
+    std::vector<double> out(x.size());
+    for (auto _ : state) {
+        exact::ExpArrayOn(path, x.data(), out.data(), x.size());
+        benchmark::DoNotOptimize(out.data());
+    }
+}
+BENCHMARK(BM_ExactExpOctant)->DenseRange(0, 3)->Unit(benchmark::kMillisecond);
+
+// Every pair's Add (defaults, 5000 dots; best of the iterations) against the median of the bare
+// C-library loop taken between them: the ratios are what the engine aims at (median Add at most
+// 0.35 of the loop, worst at most 0.7).
+void BM_AddAgainstLibcExp(benchmark::State& state) {
+    SetClock([] { return int32_t{1000000000}; });
+    const std::vector<OrbInfo> infos = cVeltara().EnumOrbitals();
+    std::vector<double> add(80, 1e300), loop;
+    std::vector<double> out(OctantExponents().size());
+    for (auto _ : state) {
+        for (int16_t i = 0; i < 40; ++i) {
+            for (ViewMode view : {ViewMode::PDF, ViewMode::DRPDF}) {
+                const OrbInfo& info = infos[static_cast<size_t>(i)];
+                const bool pdf = view == ViewMode::PDF;
+                OrbitalSetup s;
+                s.OrbitalIndex = i;
+                s.OrbitalViewMode = view;
+                s.AtomRadius = pdf ? info.DefaultPDFAtomRadius : info.DefaultDRPDFAtomRadius;
+                s.DotThreshold = static_cast<uint8_t>(pdf ? info.DefaultPDFDotThreshold
+                                                          : info.DefaultDRPDFDotThreshold);
+                s.DotTarget = 5000;
+                cOrbitalCol col;
+                const auto t0 = std::chrono::steady_clock::now();
+                benchmark::DoNotOptimize(col.Add(s));
+                const size_t k = static_cast<size_t>(i) * 2 + (pdf ? 0 : 1);
+                add[k] = std::min(add[k], std::chrono::duration<double, std::milli>(
+                                              std::chrono::steady_clock::now() - t0)
+                                              .count());
+            }
+            if (i % 4 == 0) loop.push_back(LibcLoopMs(out));
+        }
+    }
+    SetClock({});
+    std::sort(add.begin(), add.end());
+    std::sort(loop.begin(), loop.end());
+    const double loopMedian = loop[loop.size() / 2];
+    state.counters["loop_median_ms"] = loopMedian;
+    state.counters["add_median_ms"] = (add[39] + add[40]) / 2;
+    state.counters["add_worst_ms"] = add.back();
+    state.counters["median_ratio"] = (add[39] + add[40]) / 2 / loopMedian;
+    state.counters["worst_ratio"] = add.back() / loopMedian;
+    state.SetLabel(SimdPathName(ActiveSimd().path));
+}
+BENCHMARK(BM_AddAgainstLibcExp)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+}  // namespace
