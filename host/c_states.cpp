@@ -25,6 +25,7 @@
 using veltara::host::Guard;
 using veltara::host::kNullArgument;
 using veltara::host::kNullObject;
+using veltara::host::NoteError;
 
 struct vt_superposition {
     veltara::Superposition value;
