@@ -179,8 +179,8 @@ class OrbitalScheme : public cElectron {
 
     static constexpr size_t kRun = 128;
 
-    /// The distances and exponentials of points[0..count), count <= kRun (even: a last odd
-    /// point is left to the per-point path).
+    /// The distances and exponentials of points[0..count), count <= kRun; of an odd count the
+    /// last point is left out (the runs below do it apart, as a pair of itself).
     struct Run {
         alignas(64) double rho2[kRun], r2[kRun], r[kRun], e[kRun];
 

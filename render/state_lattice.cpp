@@ -75,6 +75,7 @@ StateLattice::StateLattice(const Superposition& s, double t, double step, ViewMo
             t == 0.0 ? std::complex<double>{1.0, 0.0}
                      : std::complex<double>{math::Cos(phase), math::Sin(phase)};
         mParts.push_back(Part{term.c * evolve, ri, ai});
+        mRealAngular = mRealAngular && st.basis == Basis::Real;
     }
     mValues.resize(mAngular.size() * (kLast + 1));
     mRe.resize(mParts.size() * (kLast + 1));
@@ -154,6 +155,14 @@ void StateLattice::Row(int32_t j, int32_t k, int32_t images, std::array<double, 
             const double k1 = cr, k2 = cj ? ci : -ci, k3 = cj ? -cr : cr, k4 = ci;
             const double* a = mRe.data() + q * n;
             const double* b = mIm.data() + q * n;
+            if (mRealAngular) {
+                // Real angular functions (b = 0): half the products.
+                for (int32_t i = 0; i <= kLast; ++i) {
+                    sumRe[i] += k1 * a[i];
+                    sumIm[i] += k4 * a[i];
+                }
+                continue;
+            }
             for (int32_t i = 0; i <= kLast; ++i) {
                 sumRe[i] += k1 * a[i] + k2 * b[i];
                 sumIm[i] += k3 * b[i] + k4 * a[i];

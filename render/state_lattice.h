@@ -42,7 +42,8 @@ class StateLattice {
     double mStep;
     ViewMode mView;
     bool mShellAverage;
-    std::vector<double> mRoot;                 // sqrt(n2) for n2 = i² + j² + k²
+    bool mRealAngular = true;   // every angular function real: Y has no imaginary part
+    std::vector<double> mRoot;  // sqrt(n2) for n2 = i² + j² + k²
     std::vector<std::vector<double>> mRadial;  // R(step sqrt(n2)) per distinct (n, l)
     std::vector<AngularFunction> mAngular;     // per distinct (l, m)
     std::vector<Mirror> mMirror;               // per angular function

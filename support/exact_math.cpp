@@ -308,7 +308,12 @@ void ExpArraySse2(const double* x, double* out, size_t count) {
             ExpArrayScalar(x + i, out + i, 2);
         }
     }
-    ExpArrayScalar(x + i, out + i, count - i);
+    if (i < count) {
+        const double in[2] = {x[i], 0.0};
+        double result[2];
+        ExpArraySse2(in, result, 2);
+        out[i] = result[0];
+    }
 }
 #endif
 
@@ -346,7 +351,12 @@ void ExpArraySimd128(const double* x, double* out, size_t count) {
             ExpArrayScalar(x + i, out + i, 2);
         }
     }
-    ExpArrayScalar(x + i, out + i, count - i);
+    if (i < count) {
+        const double in[2] = {x[i], 0.0};
+        double result[2];
+        ExpArraySimd128(in, result, 2);
+        out[i] = result[0];
+    }
 }
 #endif
 

@@ -46,7 +46,14 @@ void ExpArrayAvx2(const double* x, double* out, size_t count) {
             for (size_t j = i; j < i + 4; ++j) out[j] = Exp(x[j]);
         }
     }
-    for (; i < count; ++i) out[i] = Exp(x[i]);
+    if (i < count) {
+        // The last few through one more full register of zero-padded arguments: each lane
+        // gives the double Exp gives, whatever its neighbours hold.
+        double in[4] = {}, result[4];
+        for (size_t j = i; j < count; ++j) in[j - i] = x[j];
+        ExpArrayAvx2(in, result, 4);
+        for (size_t j = i; j < count; ++j) out[j] = result[j - i];
+    }
 }
 
 }  // namespace veltara::exact::detail

@@ -47,7 +47,14 @@ void ExpArrayAvx512(const double* x, double* out, size_t count) {
             for (size_t j = i; j < i + 8; ++j) out[j] = Exp(x[j]);
         }
     }
-    for (; i < count; ++i) out[i] = Exp(x[i]);
+    if (i < count) {
+        // The last few through one more full register of zero-padded arguments: each lane
+        // gives the double Exp gives, whatever its neighbours hold.
+        double in[8] = {}, result[8];
+        for (size_t j = i; j < count; ++j) in[j - i] = x[j];
+        ExpArrayAvx512(in, result, 8);
+        for (size_t j = i; j < count; ++j) out[j] = result[j - i];
+    }
 }
 
 }  // namespace veltara::exact::detail

@@ -106,6 +106,15 @@ static void test_names_and_catalogue(void) {
         CHECK(strcmp(vt_error_text(messages[k].number), messages[k].text) == 0);
     }
     CHECK(strcmp(vt_version(), "1.2.0") == 0 && strcmp(VT_VERSION_STRING, "1.2.0") == 0);
+    {
+        /* One of the path names; refused only when VELTARA_SIMD asked for what cannot be had. */
+        int32_t refused = -1;
+        const char *path = vt_simd(&refused);
+        const char *asked = getenv("VELTARA_SIMD");
+        CHECK(strstr(" scalar sse2 avx2 avx512 simd128 ", path) != NULL && strlen(path) >= 4);
+        CHECK(refused == (asked != NULL && *asked != '\0' && strcmp(asked, path) != 0));
+        CHECK(vt_simd(NULL) == path);
+    }
 
     /* The defaults a host starts from, as the interface documents them. */
     memset(&r, 0x5A, sizeof r);
