@@ -51,12 +51,20 @@ int32_t vt_get_dots(vt_engine* e, int16_t index, vt_PointArray* dots, int32_t ca
     });
 }
 
+int32_t vt_grid_edge(vt_engine* e, int16_t index, int32_t* edge) {
+    if (e == nullptr) return kNullObject;
+    if (edge == nullptr) return kNullArgument;
+    return Guard([&] { *edge = Occupant(*e, index).GridEdge(); });
+}
+
 int32_t vt_get_grid(vt_engine* e, int16_t index, uint8_t* grid, size_t size) {
     if (e == nullptr) return kNullObject;
     if (grid == nullptr) return kNullArgument;
     return Guard([&]() -> int32_t {
-        const std::span<const uint8_t> g = Occupant(*e, index).ProbMatrix();
-        constexpr size_t kBytes = static_cast<size_t>(VT_GRID_SIZE) * VT_GRID_SIZE * VT_GRID_SIZE;
+        const veltara::cOrbital& o = Occupant(*e, index);
+        const std::span<const uint8_t> g = o.ProbMatrix();
+        const auto edge = static_cast<size_t>(o.GridEdge());
+        const size_t kBytes = edge * edge * edge;
         if (size < kBytes) return veltara::kErrSubscript;
         // A grid never sampled (its Setup failed part-way) reads as zeros.
         if (g.empty()) {

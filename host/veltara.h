@@ -332,11 +332,16 @@ VT_API int32_t vt_get_dots(vt_engine *e, int16_t index, vt_PointArray *dots, int
 
 /* Points per axis of the probability grid. */
 #define VT_GRID_SIZE 128
-/* A copy of the orbital's probability grid into grid (size bytes): VT_GRID_SIZE^3 = 2097152
- * levels 0..255 over one octant of the cube, grid point (x, y, z) (0..127 each; 0 at the
- * nucleus, 127 at AtomRadius) at byte (z * 128 + y) * 128 + x. The other seven octants are its
- * mirror images.
- * Returns VT_OK, VT_ERR_SUBSCRIPT (index outside the slots, or size below 2097152),
+/* Points per axis of an orbital's grid (out): VT_GRID_SIZE for an octant grid, 255 for the
+ * whole-cube grid of a state without mirror symmetry (a superposition, a hybrid; since 1.2).
+ * Returns VT_OK, VT_ERR_SUBSCRIPT, VT_ERR_OBJECT_NOT_SET, VT_ERR_ARGUMENT (edge NULL). */
+VT_API int32_t vt_grid_edge(vt_engine *e, int16_t index, int32_t *edge);
+/* A copy of the orbital's probability grid into grid (size bytes): for an octant grid
+ * VT_GRID_SIZE^3 = 2097152 levels 0..255 over one octant of the cube, grid point (x, y, z)
+ * (0..127 each; 0 at the nucleus, 127 at AtomRadius) at byte (z * 128 + y) * 128 + x, the other
+ * seven octants its mirror images; for a whole-cube grid (vt_grid_edge 255) 255^3 levels, point
+ * (x, y, z) at -127..127 each at byte ((z + 127) * 255 + y + 127) * 255 + x + 127.
+ * Returns VT_OK, VT_ERR_SUBSCRIPT (index outside the slots, or size below edge^3),
  * VT_ERR_OBJECT_NOT_SET, VT_ERR_ARGUMENT (grid NULL). */
 VT_API int32_t vt_get_grid(vt_engine *e, int16_t index, uint8_t *grid, size_t size);
 

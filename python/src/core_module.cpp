@@ -275,9 +275,12 @@ class Atom {
 
     /// The probability grid indexed [x, y, z]: x fastest in memory, as the engine keeps it.
     py::array_t<uint8_t, py::array::f_style> Grid(int16_t slot) {
-        py::array_t<uint8_t, py::array::f_style> out({kGrid, kGrid, kGrid});
-        Check(
-            vt_get_grid(mEngine.get(), slot, out.mutable_data(), static_cast<size_t>(out.size())));
+        int32_t edge = 0;
+        Check(vt_grid_edge(mEngine.get(), slot, &edge));
+        const py::ssize_t n = edge;
+        py::array_t<uint8_t, py::array::f_style> out({n, n, n});
+        Check(vt_get_grid(mEngine.get(), slot, out.mutable_data(),
+                          static_cast<size_t>(out.size())));
         return out;
     }
 

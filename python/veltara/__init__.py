@@ -234,8 +234,10 @@ class Orbital:
 
     @property
     def grid(self):
-        """The probability grid: (128, 128, 128) uint8 indexed [x, y, z] over one octant, 0 at
-        the nucleus and 127 at the radius; the other octants are its mirror images."""
+        """The probability grid, uint8 indexed [x, y, z]: (128, 128, 128) over one octant, 0 at
+        the nucleus and 127 at the radius, the other octants its mirror images; or, for a state
+        without mirror symmetry (a superposition, a hybrid), (255, 255, 255) over the whole
+        cube with the nucleus at 127."""
         return self.engine._engine.grid(self.slot)
 
     @property
