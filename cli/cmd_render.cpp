@@ -32,6 +32,23 @@ int RenderOne(Session& session, const RenderArgs& args, int index, const vt_Rend
     return rc;
 }
 
+/// Adds a state beyond the catalogue (its radius holding 99.9 % of the probability unless
+/// --radius gives one), renders the request and deletes it again.
+int RenderState(Session& session, const RenderArgs& args, const Subject& subject,
+                const vt_RenderRequest& request, RgbImage& picture) {
+    vt_OrbitalSetup setup{};
+    if (const int rc = MakeStateSetup(args.setup, setup)) return rc;
+    int16_t slot = 0;
+    if (const int32_t rc =
+            vt_add_state(session.engine.get(), subject.state.get(), 0.0, &setup, &slot)) {
+        return EngineError(rc,
+                           std::string("adding ") + subject.text + ": " + vt_last_error_detail());
+    }
+    const int rc = RenderPicture(session, slot, request, subject.text, picture);
+    vt_delete(session.engine.get(), slot);
+    return rc;
+}
+
 int RenderGallery(Session& session, const RenderArgs& args, const vt_RenderRequest& request) {
     std::error_code ec;
     std::filesystem::create_directories(args.outDir, ec);
@@ -88,13 +105,16 @@ int RunRender(const RenderArgs& args) {
     if (const int rc = OpenSession(session)) return rc;
     if (args.all) return RenderGallery(session, args, request);
 
-    int index = 0;
-    if (const int rc = ResolveArgument(session, args.orbital, index)) return rc;
+    Subject subject;
+    if (const int rc = ResolveSubject(session, args.orbital, subject)) return rc;
     RgbImage picture;
-    if (const int rc = RenderOne(session, args, index, request, picture, nullptr)) return rc;
+    if (subject.index < 0) {
+        if (const int rc = RenderState(session, args, subject, request, picture)) return rc;
+    } else if (const int rc = RenderOne(session, args, subject.index, request, picture, nullptr)) {
+        return rc;
+    }
     const std::string file =
-        args.out.empty() ? FileName(session.catalogue.entries[static_cast<size_t>(index)]) + ".png"
-                         : args.out;
+        args.out.empty() ? subject.FileStem(session.catalogue) + ".png" : args.out;
     OutputFiles files;
     if (const int rc = AddPngFile(files, file, picture)) return rc;
     if (const int rc = CommitFiles(files)) return rc;

@@ -153,6 +153,27 @@ int MakeSetup(const OrbitalOptions& o, const vt_OrbInfo& info, int index, vt_Orb
     return kExitOk;
 }
 
+int MakeStateSetup(const OrbitalOptions& o, vt_OrbitalSetup& s) {
+    int32_t view = VT_PDF;
+    if (const int rc = ParseView(o.view, view)) return rc;
+    // Radius 0 asks the engine for a cube holding 99.9 % of the probability; the threshold
+    // does not thin a state's exact samples, so its default matters only for the grid's use.
+    int64_t radius = 0, threshold = 50;
+    if (o.radiusOption != nullptr && o.radiusOption->count() > 0) radius = o.radius;
+    if (o.thresholdOption != nullptr && o.thresholdOption->count() > 0) threshold = o.threshold;
+    if (radius != 0) {
+        if (const int rc = CheckRange("--radius", radius, 1, INT16_MAX)) return rc;
+    }
+    if (const int rc = CheckRange("--dots", o.dots, 0, INT16_MAX)) return rc;
+    if (const int rc = CheckRange("--threshold", threshold, 0, 255)) return rc;
+    s = vt_OrbitalSetup{};
+    s.AtomRadius = static_cast<int16_t>(radius);
+    s.DotTarget = static_cast<int16_t>(o.dots);
+    s.DotThreshold = static_cast<uint8_t>(threshold);
+    s.OrbitalViewMode = view;
+    return kExitOk;
+}
+
 int MakeRequest(const RequestOptions& o, vt_RenderRequest& r) {
     r = DefaultRequest();
     int32_t mode = 0, dir = 0, size = 0;

@@ -63,6 +63,10 @@ int ApplyClock(const OrbitalOptions& options);
 int MakeSetup(const OrbitalOptions& options, const vt_OrbInfo& info, int index,
               vt_OrbitalSetup& setup);
 
+/// The setup of a state beyond the catalogue: the options' view, dots and threshold, and
+/// radius 0 (the engine's default) unless --radius is given. kExitOk or kExitUsage.
+int MakeStateSetup(const OrbitalOptions& options, vt_OrbitalSetup& setup);
+
 /// The request (angles converted to radians); kExitOk, or kExitUsage with a message.
 int MakeRequest(const RequestOptions& options, vt_RenderRequest& request);
 

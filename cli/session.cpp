@@ -20,6 +20,45 @@ int ResolveArgument(const Session& session, const std::string& text, int& index)
     return kExitOk;
 }
 
+int ResolveSubject(const Session& session, const std::string& text, Subject& subject) {
+    subject = Subject{};
+    subject.text = text;
+    const Resolution r = ResolveOrbital(text, session.catalogue);
+    if (r.index >= 0) {
+        subject.index = r.index;
+        return kExitOk;
+    }
+    vt_superposition* state = nullptr;
+    if (vt_parse_state(text.c_str(), &state) == VT_OK) {
+        subject.state.reset(state, vt_superposition_free);
+        // A catalogue orbital written as a state is that orbital, with its defaults.
+        int16_t row = -1;
+        if (vt_state_catalogue_index(state, &row) == VT_OK && row >= 0) subject.index = row;
+        return kExitOk;
+    }
+    // Text with the marks of the state form is answered about that form alone.
+    const std::string why = vt_last_error_detail();
+    if (text.find_first_of(",:;=*+") != std::string::npos) {
+        return UsageError("ORBITAL",
+                          "'" + text + "' is not a state: " + why + " (see docs/states.md)");
+    }
+    return UsageError("ORBITAL",
+                      r.problem + "; nor is it a state: " + why +
+                          " (a state is written n,l,m as in 7,3,-2; see docs/states.md)");
+}
+
+std::string Subject::FileStem(const Catalogue& catalogue) const {
+    if (index >= 0 && state == nullptr)
+        return FileName(catalogue.entries[static_cast<size_t>(index)]);
+    std::string stem = text;
+    for (char& c : stem) {
+        const bool plain =
+            (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-';
+        if (!plain) c = '_';
+    }
+    return stem;
+}
+
 int RenderPicture(Session& session, int16_t slot, const vt_RenderRequest& request,
                   const std::string& what, RgbImage& picture) {
     vt_RenderDCinfo dc{};

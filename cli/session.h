@@ -1,6 +1,7 @@
 // One command's engine, catalogue and the steps every orbital subcommand shares.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "cli_common.h"
@@ -24,6 +25,22 @@ int OpenSession(Session& session);
 
 /// The catalogue index of an orbital argument. kExitOk or kExitUsage with a message.
 int ResolveArgument(const Session& session, const std::string& text, int& index);
+
+/// What an orbital argument names: a catalogue orbital (index 0 or more), or any other state in
+/// the engine's text form ("7,3,-2", "Z=2;2,1,1c", "sp3:0"), held as a superposition.
+struct Subject {
+    int index = -1;
+    std::shared_ptr<vt_superposition> state;
+    std::string text;  ///< the argument as given
+
+    /// A name fit for a file: the catalogue's, or the text with every character that is not a
+    /// letter, digit or '-' turned into '_'.
+    std::string FileStem(const Catalogue& catalogue) const;
+};
+
+/// Resolves a catalogue name or index first, then the text form. kExitOk, or kExitUsage with a
+/// message giving both the close catalogue names and the engine's word on the text.
+int ResolveSubject(const Session& session, const std::string& text, Subject& subject);
 
 /// Renders one picture of the orbital in `slot` and reads it back from its surface.
 int RenderPicture(Session& session, int16_t slot, const vt_RenderRequest& request,

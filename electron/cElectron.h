@@ -45,6 +45,13 @@ class cElectron {
     /// out[i] = GetNonScaledPDF(points[i]) or GetNonScaledDRPDF(points[i]).
     virtual void NonScaledBatch(ViewMode view, const COORDdoubleParams* points, double* out,
                                 size_t count) = 0;
+    /// out[i] = GetRealPDF(points[i]) or GetRealDRPDF(points[i]); here point by point, in
+    /// the catalogue's classes through the packed path.
+    virtual void RealBatch(ViewMode view, const COORDdoubleParams* points, double* out,
+                           size_t count) {
+        for (size_t i = 0; i < count; ++i)
+            out[i] = view == ViewMode::DRPDF ? GetRealDRPDF(points[i]) : GetRealPDF(points[i]);
+    }
     /// out[i] = GetPDF(points[i]) or GetDRPDF(points[i]).
     virtual void ScaledBatch(ViewMode view, const COORDdoubleParams* points, uint8_t* out,
                              size_t count) = 0;

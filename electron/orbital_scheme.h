@@ -72,10 +72,19 @@ class OrbitalScheme : public cElectron {
 
     void NonScaledBatch(ViewMode view, const COORDdoubleParams* points, double* out,
                         size_t count) final {
+        // A factor of 1 leaves every finite value as it is.
         if (view == ViewMode::DRPDF) {
-            UnscaledRun<ViewMode::DRPDF>(points, out, count);
+            UnscaledRun<ViewMode::DRPDF>(points, out, count, 1.0);
         } else {
-            UnscaledRun<ViewMode::PDF>(points, out, count);
+            UnscaledRun<ViewMode::PDF>(points, out, count, 1.0);
+        }
+    }
+    void RealBatch(ViewMode view, const COORDdoubleParams* points, double* out,
+                   size_t count) final {
+        if (view == ViewMode::DRPDF) {
+            UnscaledRun<ViewMode::DRPDF>(points, out, count, RealDRFactor());
+        } else {
+            UnscaledRun<ViewMode::PDF>(points, out, count, Orb::kN);
         }
     }
     void ScaledBatch(ViewMode view, const COORDdoubleParams* points, uint8_t* out,
@@ -201,8 +210,10 @@ class OrbitalScheme : public cElectron {
         }
     };
 
+    /// out[i] = the unscaled value times `factor`, as CheckFinite(Unscaled<V>(p) * factor).
     template <ViewMode V>
-    static void UnscaledRun(const COORDdoubleParams* points, double* out, size_t count) {
+    static void UnscaledRun(const COORDdoubleParams* points, double* out, size_t count,
+                            double factor) {
         Run run;
         for (size_t start = 0; start < count; start += kRun) {
             const size_t n = count - start < kRun ? count - start : kRun;
@@ -211,20 +222,21 @@ class OrbitalScheme : public cElectron {
             run.Fill(p, n);
             size_t i = 0;
             for (; i + 2 <= n; i += 2) {
-                const density::Pair v = run.template Value<V>(p, i);
+                // A finite product needs a finite value: the check of the per-point path.
+                const density::Pair v = run.template Value<V>(p, i) * factor;
                 const density::Pair r2 = density::Load(run.r2[i], run.r2[i + 1]);
                 if (density::BothFinite(v, r2)) [[likely]] {
                     density::Store(v, o + i);
                 } else {
-                    o[i] = Unscaled<V>(p[i]);
-                    o[i + 1] = Unscaled<V>(p[i + 1]);
+                    o[i] = CheckFinite(Unscaled<V>(p[i]) * factor);
+                    o[i + 1] = CheckFinite(Unscaled<V>(p[i + 1]) * factor);
                 }
             }
             if (i < n) {
                 // The odd last point as a pair of itself: its doubles are the per-point ones.
                 const COORDdoubleParams twice[2] = {p[i], p[i]};
                 double values[2];
-                UnscaledRun<V>(twice, values, 2);
+                UnscaledRun<V>(twice, values, 2, factor);
                 o[i] = values[0];
             }
         }

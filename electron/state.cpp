@@ -65,8 +65,9 @@ Superposition MakeSuperposition(const std::vector<Term>& terms) {
     for (const Term& t : result.mTerms) norm2 += std::norm(t.c);
     Require(norm2 > 0 && std::isfinite(norm2),
             "a superposition needs a coefficient that is not zero");
-    const double scale = 1.0 / std::sqrt(norm2);
-    for (Term& t : result.mTerms) t.c *= scale;
+    // Divided rather than multiplied by a reciprocal, so 3 and 4i become exactly 0.6 and 0.8.
+    const double norm = std::sqrt(norm2);
+    for (Term& t : result.mTerms) t.c = {t.c.real() / norm, t.c.imag() / norm};
     return result;
 }
 

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "electron/coordinates.h"
+
 namespace veltara {
 
 /// psi of catalogue orbital `orbital` (a single orbital, 0..29) at (x, y, z), Bohr radii; in
@@ -23,5 +25,9 @@ double Wavefunction(int16_t orbital, double x, double y, double z);
 /// i < count. The orbital is checked before any point; on an error at a point the values
 /// before it are written. Errors: as the point form.
 void WavefunctionBatch(int16_t orbital, const double* xyz, size_t count, double* out);
+
+/// The same at points given as three arrays, through the electrons' batch path: bit for bit
+/// the point form at each point.
+void WavefunctionBatch(int16_t orbital, const Coordinates& points, size_t count, double* out);
 
 }  // namespace veltara

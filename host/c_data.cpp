@@ -4,12 +4,14 @@
 #include <cstring>
 #include <memory>
 
-#include "electron/modOrbitals.h"
+#include "electron/catalogue.h"
+#include "electron/catalogue_density.h"
 #include "engine/cOrbitalCol.h"
 #include "host/c_guard.h"
 #include "host/c_objects.h"
 #include "host/c_records.h"
 #include "support/error.h"
+#include "support/parallel_runs.h"
 
 using veltara::host::Guard;
 using veltara::host::kNullArgument;
@@ -49,12 +51,20 @@ int32_t vt_get_dots(vt_engine* e, int16_t index, vt_PointArray* dots, int32_t ca
     });
 }
 
+int32_t vt_grid_edge(vt_engine* e, int16_t index, int32_t* edge) {
+    if (e == nullptr) return kNullObject;
+    if (edge == nullptr) return kNullArgument;
+    return Guard([&] { *edge = Occupant(*e, index).GridEdge(); });
+}
+
 int32_t vt_get_grid(vt_engine* e, int16_t index, uint8_t* grid, size_t size) {
     if (e == nullptr) return kNullObject;
     if (grid == nullptr) return kNullArgument;
     return Guard([&]() -> int32_t {
-        const std::span<const uint8_t> g = Occupant(*e, index).ProbMatrix();
-        constexpr size_t kBytes = static_cast<size_t>(VT_GRID_SIZE) * VT_GRID_SIZE * VT_GRID_SIZE;
+        const veltara::cOrbital& o = Occupant(*e, index);
+        const std::span<const uint8_t> g = o.ProbMatrix();
+        const auto edge = static_cast<size_t>(o.GridEdge());
+        const size_t kBytes = edge * edge * edge;
         if (size < kBytes) return veltara::kErrSubscript;
         // A grid never sampled (its Setup failed part-way) reads as zeros.
         if (g.empty()) {
@@ -68,18 +78,24 @@ int32_t vt_get_grid(vt_engine* e, int16_t index, uint8_t* grid, size_t size) {
 
 int32_t vt_real_density(int16_t orbital, int32_t view, const double* xyz, size_t count,
                         double* out) {
+    if (count > 0 && xyz == nullptr) return kNullArgument;
+    const vt_points points{xyz, xyz + 1, xyz + 2, 3, 3, 3};
+    return vt_real_density_at(orbital, view, &points, count, 1, out);
+}
+
+int32_t vt_real_density_at(int16_t orbital, int32_t view, const vt_points* points, size_t count,
+                           int32_t threads, double* out) {
     if (view != VT_PDF && view != VT_DRPDF) return veltara::kErrInvalidCall;
-    if (count > 0 && (xyz == nullptr || out == nullptr)) return kNullArgument;
+    if (points == nullptr || !veltara::host::HasPoints(*points, count)) return kNullArgument;
+    if (count > 0 && out == nullptr) return kNullArgument;
     return Guard([&] {
-        const std::unique_ptr<veltara::cElectron> electron =
-            veltara::modOrbitals::CreateElectron(orbital);
-        if (!electron) veltara::Raise(veltara::kErrObjectNotSet);
-        for (size_t i = 0; i < count; ++i) {
-            // The electron takes the squares of the coordinates.
-            const double x = xyz[3 * i], y = xyz[3 * i + 1], z = xyz[3 * i + 2];
-            const veltara::COORDdoubleParams p{x * x, y * y, z * z};
-            out[i] = view == VT_PDF ? electron->GetRealPDF(p) : electron->GetRealDRPDF(p);
-        }
+        if (!veltara::IsCatalogueIndex(orbital)) veltara::Raise(veltara::kErrObjectNotSet);
+        const veltara::Coordinates all = veltara::host::CoordinatesOf(*points);
+        veltara::SplitRuns(
+            count, threads, veltara::host::kPointsPerThread, [&](size_t start, size_t n) {
+                veltara::RealDensityBatch(orbital, static_cast<veltara::ViewMode>(view),
+                                          all.From(start), n, out + start);
+            });
     });
 }
 

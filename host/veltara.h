@@ -332,11 +332,16 @@ VT_API int32_t vt_get_dots(vt_engine *e, int16_t index, vt_PointArray *dots, int
 
 /* Points per axis of the probability grid. */
 #define VT_GRID_SIZE 128
-/* A copy of the orbital's probability grid into grid (size bytes): VT_GRID_SIZE^3 = 2097152
- * levels 0..255 over one octant of the cube, grid point (x, y, z) (0..127 each; 0 at the
- * nucleus, 127 at AtomRadius) at byte (z * 128 + y) * 128 + x. The other seven octants are its
- * mirror images.
- * Returns VT_OK, VT_ERR_SUBSCRIPT (index outside the slots, or size below 2097152),
+/* Points per axis of an orbital's grid (out): VT_GRID_SIZE for an octant grid, 255 for the
+ * whole-cube grid of a state without mirror symmetry (a superposition, a hybrid; since 1.2).
+ * Returns VT_OK, VT_ERR_SUBSCRIPT, VT_ERR_OBJECT_NOT_SET, VT_ERR_ARGUMENT (edge NULL). */
+VT_API int32_t vt_grid_edge(vt_engine *e, int16_t index, int32_t *edge);
+/* A copy of the orbital's probability grid into grid (size bytes): for an octant grid
+ * VT_GRID_SIZE^3 = 2097152 levels 0..255 over one octant of the cube, grid point (x, y, z)
+ * (0..127 each; 0 at the nucleus, 127 at AtomRadius) at byte (z * 128 + y) * 128 + x, the other
+ * seven octants its mirror images; for a whole-cube grid (vt_grid_edge 255) 255^3 levels, point
+ * (x, y, z) at -127..127 each at byte ((z + 127) * 255 + y + 127) * 255 + x + 127.
+ * Returns VT_OK, VT_ERR_SUBSCRIPT (index outside the slots, or size below edge^3),
  * VT_ERR_OBJECT_NOT_SET, VT_ERR_ARGUMENT (grid NULL). */
 VT_API int32_t vt_get_grid(vt_engine *e, int16_t index, uint8_t *grid, size_t size);
 
@@ -348,6 +353,23 @@ VT_API int32_t vt_get_grid(vt_engine *e, int16_t index, uint8_t *grid, size_t si
  * invalid operations), VT_ERR_OVERFLOW. */
 VT_API int32_t vt_real_density(int16_t orbital, int32_t view, const double *xyz, size_t count,
                                double *out);
+
+/* Points given as three arrays, each with its own stride: point i is (x[i * x_stride],
+ * y[i * y_stride], z[i * z_stride]), Bohr radii. Strides count doubles and may be negative; a
+ * stride 0 repeats one value for every point. A host passes its arrays as they lie (separate
+ * columns, interleaved triples, one value broadcast) without gathering them first. */
+typedef struct vt_points {
+    const double *x, *y, *z;
+    ptrdiff_t x_stride, y_stride, z_stride;
+} vt_points;
+
+/* vt_real_density at count points given as three arrays: the same doubles, bit for bit.
+ * When count is large the work is shared among the processor's cores (at most `threads`
+ * threads; 0: as many as there are cores, 1: the calling thread alone).
+ * Returns as vt_real_density (VT_ERR_ARGUMENT also for points NULL, or x, y or z NULL with count
+ * above 0). */
+VT_API int32_t vt_real_density_at(int16_t orbital, int32_t view, const vt_points *points,
+                                  size_t count, int32_t threads, double *out);
 
 /* ---- Surfaces behind device handles ---------------------------------------------------- */
 
@@ -475,6 +497,11 @@ extern "C" {
  * NULL with count above 0), 9 (orbital outside the catalogue), and the density's own errors (5, 6).
  */
 VT_API int32_t vt_wavefunction(int16_t orbital, const double *xyz, size_t count, double *out);
+/* vt_wavefunction at count points given as three arrays (vt_points), sharing the work among
+ * at most `threads` threads as vt_real_density_at does: the same doubles, bit for bit.
+ * Errors: as vt_wavefunction (5 also for points NULL, or x, y or z NULL with count above 0). */
+VT_API int32_t vt_wavefunction_at(int16_t orbital, const vt_points *points, size_t count,
+                                  int32_t threads, double *out);
 
 /* What a chemist reads off an orbital (40 bytes). An averaged shell shares n and l with its
  * members and has m 0. */
@@ -503,3 +530,180 @@ VT_API int32_t vt_radial_distribution(int16_t orbital, const double *r, size_t c
 #endif
 
 #endif /* VELTARA_SCIENCE_H */
+
+/* ---- States: any hydrogen-like state, superpositions in time, hybrids (since 1.2) -------- */
+#ifndef VELTARA_STATES_H
+#define VELTARA_STATES_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Conventions: atomic units (lengths in Bohr radii, energies in hartree, time in hbar/E_h =
+ * 24.188843 as). R_nl is positive at the nucleus; the complex basis is Y_l^m with the
+ * Condon-Shortley phase; the real basis takes m > 0 as the cos(m phi) combination and m < 0 as
+ * the sin(|m| phi) one (2p with m = +1 is +x, m = -1 is +y). docs/states.md says more. */
+
+enum { VT_BASIS_REAL = 0, VT_BASIS_COMPLEX = 1 };
+
+/* One state |n l m> of nuclear charge Z: n 1..30, l 0..n-1, m -l..l, Z 1..100; or, with
+ * shell_average non-zero, the spherical average of the subshell n, l (m 0, real basis). */
+typedef struct vt_state {
+    int32_t n, l, m;
+    int32_t basis; /* VT_BASIS_REAL or VT_BASIS_COMPLEX */
+    int32_t Z;
+    int32_t shell_average;
+} vt_state;
+
+/* One term c |state> of a superposition. */
+typedef struct vt_term {
+    double re, im; /* the coefficient c */
+    vt_state state;
+} vt_term;
+
+/* A normalised superposition of 1 to 16 distinct states of one basis and one Z (a single state
+ * is one term); immutable once made. Free it with vt_superposition_free. */
+typedef struct vt_superposition vt_superposition;
+
+/* The plain sentence about the last refused input on the calling thread ("n must be a whole
+ * number from 1 to 30 (got 31)", "at character 4: ..."), or the message of the last error
+ * when it has no sentence; "" before any error. Static per thread until the next failing call.
+ * Cannot fail. */
+VT_API const char *vt_last_error_detail(void);
+
+/* The superposition of `count` terms (1..16 after adding up repeats), normalised so that the
+ * squared magnitudes of the coefficients sum to 1.
+ * out: the new superposition. Errors: 5 (a field out of range, no terms, all coefficients
+ * zero, different Z or basis, a shell average among several terms; see vt_last_error_detail),
+ * 7. */
+VT_API int32_t vt_superposition_new(const vt_term *terms, int32_t count, vt_superposition **out);
+/* The state or superposition written in the engine's text form ("7,3,-2", "2,1,1c",
+ * "Z=2;1,0,0", "3dz2", "av3d", "sp3:0", "0.6*2,1,0-0.8i*1,0,0"; docs/states.md has the grammar).
+ * out: the new superposition. Errors: 5 (malformed text: the detail names the character), 7. */
+VT_API int32_t vt_parse_state(const char *text, vt_superposition **out);
+/* Hybrid k of a kind (VT_HYBRID_*; k from 0 to the kind's count - 1) built on shell n (0: 2 for
+ * sp..sp3, 3 for sp3d and sp3d2). out: the new superposition. Errors: 5, 7. */
+enum {
+    VT_HYBRID_SP = 0,
+    VT_HYBRID_SP2 = 1,
+    VT_HYBRID_SP3 = 2,
+    VT_HYBRID_SP3D = 3,
+    VT_HYBRID_SP3D2 = 4
+};
+VT_API int32_t vt_hybrid(int32_t kind, int32_t k, int32_t n, vt_superposition **out);
+/* Frees a superposition (NULL is allowed). */
+VT_API void vt_superposition_free(vt_superposition *s);
+
+/* The normalised terms (out, `capacity` of them) and their number (count, out).
+ * Errors: 91 (s NULL), 5 (count NULL, or terms NULL with capacity above 0), 9 (capacity below
+ * the number of terms: nothing written but count). */
+VT_API int32_t vt_superposition_terms(const vt_superposition *s, vt_term *terms, int32_t capacity,
+                                      int32_t *count);
+/* The catalogue orbital (out: 0..39) that s is, a single state with coefficient 1; -1 when it
+ * is none. Adding such a state is adding that orbital. Errors: 91, 5 (index NULL). */
+VT_API int32_t vt_state_catalogue_index(const vt_superposition *s, int16_t *index);
+/* The text form of s (out, NUL-terminated, at most `capacity` bytes) that vt_parse_state reads
+ * back to the same superposition; length (out, may be NULL): its length without the NUL.
+ * Errors: 91, 5 (out NULL), 9 (capacity too small: nothing written but length). */
+VT_API int32_t vt_format_state(const vt_superposition *s, char *out, size_t capacity,
+                               size_t *length);
+
+/* Psi(t) at count points xyz (x, y, z in Bohr radii): out holds 2 * count doubles, real and
+ * imaginary part of each, in Bohr^(-3/2). Errors: 91, 5 (a shell average has no phase; NULL
+ * arrays with count above 0; a non-finite t), 6. */
+VT_API int32_t vt_state_psi(const vt_superposition *s, double t, const double *xyz, size_t count,
+                            double *out);
+/* |Psi(t)|^2 (view VT_PDF, per cubic Bohr) or the radially weighted rho * r * |Psi(t)|^2 (view
+ * VT_DRPDF; r^2 |Psi|^2 for a shell average) at count points. A catalogue orbital's state gives
+ * the catalogue's values exactly.
+ * out: count values. Errors: 91, 5, 6. */
+VT_API int32_t vt_state_density(const vt_superposition *s, double t, int32_t view,
+                                const double *xyz, size_t count, double *out);
+/* vt_state_psi and vt_state_density at count points given as three arrays (vt_points), sharing
+ * the work among at most `threads` threads (0: one per core): the same doubles, bit for bit.
+ * Errors: as theirs (5 also for points NULL, or x, y or z NULL with count above 0). */
+VT_API int32_t vt_state_psi_at(const vt_superposition *s, double t, const vt_points *points,
+                               size_t count, int32_t threads, double *out);
+VT_API int32_t vt_state_density_at(const vt_superposition *s, double t, int32_t view,
+                                   const vt_points *points, size_t count, int32_t threads,
+                                   double *out);
+/* P(r, t): the probability per Bohr radius of finding the electron at distance r, with the
+ * cross terms of terms that share l and m. out: count values. Errors: 91, 5 (a negative or NaN
+ * r), 6. */
+VT_API int32_t vt_state_radial_distribution(const vt_superposition *s, double t, const double *r,
+                                            size_t count, double *out);
+
+/* The facts of a state; for a superposition, n, l, m, Z of its first term and the energy its
+ * expectation value. */
+typedef struct vt_state_facts {
+    int32_t n, l, m, Z;
+    int32_t radial_nodes;  /* n - l - 1 spheres */
+    int32_t angular_nodes; /* l (real), l - |m| (complex), 0 (shell average) */
+    int32_t node_count;    /* radii in vt_state_node_radii */
+    int32_t beat_count;    /* beats in vt_state_beats */
+    double energy_hartree; /* -Z^2 / (2 n^2), or <E> */
+    double energy_ev;
+    double mean_radius;          /* <r> = (3 n^2 - l (l + 1)) / (2 Z), Bohr radii */
+    double most_probable_radius; /* where P(r) is largest, Bohr radii */
+} vt_state_facts;
+
+/* One beat of a superposition: a pair of distinct energies. */
+typedef struct vt_beat {
+    double delta_hartree;
+    double period_fs;     /* 2 pi hbar / delta E */
+    double wavelength_nm; /* h c / delta E: the light of the transition */
+} vt_beat;
+
+/* out: the facts. Errors: 91, 5 (out NULL). */
+VT_API int32_t vt_state_facts_of(const vt_superposition *s, vt_state_facts *out);
+/* The radial nodes' radii, ascending (out, `capacity` of them; count, out). Errors: 91, 5, 9
+ * (capacity too small: nothing written but count). */
+VT_API int32_t vt_state_node_radii(const vt_superposition *s, double *radii, int32_t capacity,
+                                   int32_t *count);
+/* The beats (out, `capacity` of them; count, out). Errors: 91, 5, 9 (as above). */
+VT_API int32_t vt_state_beats(const vt_superposition *s, vt_beat *beats, int32_t capacity,
+                              int32_t *count);
+
+/* count points drawn exactly from |Psi(t)|^2 (weight VT_PDF) or from rho * r * |Psi(t)|^2
+ * (VT_DRPDF), with no grid: the same seed gives the same points on every machine.
+ * xyz (out): 3 * count doubles, Bohr radii; phase (out, may be NULL): count values, arg Psi in
+ * radians (0 or pi for a real state). Errors: 91, 5 (NULL arrays with count above 0, a view
+ * outside VT_PDF..VT_DRPDF, a non-finite t), 7. */
+VT_API int32_t vt_sample(const vt_superposition *s, double t, uint64_t seed, int32_t weight,
+                         size_t count, double *xyz, double *phase);
+/* The smallest radius holding `fraction` (0 < fraction < 1) of the probability, Bohr radii.
+ * out: it. Errors: 91, 5. */
+VT_API int32_t vt_radius_holding(const vt_superposition *s, double fraction, double *out);
+
+/* A boundary surface: the level of |Psi(t)|^2 whose region |Psi|^2 >= level holds `fraction`
+ * of the probability, and its triangle mesh. Free with vt_surface_free. */
+typedef struct vt_surface vt_surface;
+/* fraction 0.01..0.99; resolution: cells along the cube's edge, 8..256.
+ * out: the surface. Errors: 91, 5, 7. */
+VT_API int32_t vt_surface_new(const vt_superposition *s, double t, double fraction,
+                              int32_t resolution, vt_surface **out);
+/* The level (per cubic Bohr), the vertex and triangle counts (each out; any may be NULL).
+ * Errors: 91. */
+VT_API int32_t vt_surface_counts(const vt_surface *m, double *level, int32_t *vertices,
+                                 int32_t *triangles);
+/* Copies the mesh: xyz (3 floats a vertex, Bohr radii), phase (1 float a vertex, radians),
+ * triangles (3 vertex indices each, counter-clockwise seen from outside); any may be NULL.
+ * Each given array must hold what vt_surface_counts reports. Errors: 91. */
+VT_API int32_t vt_surface_copy(const vt_surface *m, float *xyz, float *phase, uint32_t *triangles);
+/* Frees a surface (NULL is allowed). */
+VT_API void vt_surface_free(vt_surface *m);
+
+/* Adds a state to the collection like vt_add adds a catalogue orbital: its grid at time t, a
+ * dot cloud of setup->DotTarget exact samples, statistics, every render mode. setup's
+ * OrbitalViewMode chooses the view; AtomRadius 0 takes a radius holding 99.9 % of the
+ * probability, DotThreshold as for vt_add; OrbitalIndex is ignored. A state that is a
+ * catalogue orbital is added as that orbital (its defaults, bytes and dots).
+ * index (out): the slot. Errors: 91, 5, 6, 7, 9, 11 (as vt_add). */
+VT_API int32_t vt_add_state(vt_engine *e, const vt_superposition *s, double t,
+                            const vt_OrbitalSetup *setup, int16_t *index);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* VELTARA_STATES_H */

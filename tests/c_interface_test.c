@@ -36,7 +36,9 @@ _Static_assert(VT_OK == 0 && VT_ERR_ARGUMENT == 5 && VT_ERR_OVERFLOW == 6, "erro
 _Static_assert(VT_ERR_OUT_OF_MEMORY == 7 && VT_ERR_SUBSCRIPT == 9, "error numbers");
 _Static_assert(VT_ERR_DIVISION_BY_ZERO == 11 && VT_ERR_TYPE_MISMATCH == 13, "error numbers");
 _Static_assert(VT_ERR_OBJECT_NOT_SET == 91, "error numbers");
-_Static_assert(VT_VERSION_MAJOR == 1 && VT_VERSION_MINOR == 1 && VT_VERSION_PATCH == 0, "1.1.0");
+_Static_assert(VT_VERSION_MAJOR == 1 && VT_VERSION_MINOR == 2 && VT_VERSION_PATCH == 0, "1.2.0");
+_Static_assert(sizeof(vt_state) == 24 && sizeof(vt_term) == 40, "state records");
+_Static_assert(sizeof(vt_state_facts) == 64 && sizeof(vt_beat) == 24, "facts records");
 _Static_assert(VT_PICTURE_EDGE(VT_MAIN) == 375 && VT_PICTURE_EDGE(VT_NANO) == 127, "edges");
 _Static_assert(VT_GRID_SIZE == 128, "sizes");
 
@@ -103,7 +105,7 @@ static void test_names_and_catalogue(void) {
     for (k = 0; k < sizeof messages / sizeof messages[0]; ++k) {
         CHECK(strcmp(vt_error_text(messages[k].number), messages[k].text) == 0);
     }
-    CHECK(strcmp(vt_version(), "1.1.0") == 0 && strcmp(VT_VERSION_STRING, "1.1.0") == 0);
+    CHECK(strcmp(vt_version(), "1.2.0") == 0 && strcmp(VT_VERSION_STRING, "1.2.0") == 0);
     {
         /* One of the path names; refused only when VELTARA_SIMD asked for what cannot be had. */
         int32_t refused = -1;
@@ -322,8 +324,59 @@ static void test_about(void) {
     vt_engine_free(e);
 }
 
+/* States: made, refused with a sentence, written back, and added like a catalogue orbital. */
+static void test_states(void) {
+    vt_superposition *s = NULL, *named = NULL, *bad = NULL;
+    vt_term terms[2] = {{3.0, 0.0, {2, 1, 0, VT_BASIS_REAL, 1, 0}},
+                        {0.0, 4.0, {1, 0, 0, VT_BASIS_REAL, 1, 0}}};
+    vt_term back[2];
+    int32_t count = 0;
+    char text[64];
+    size_t length = 0;
+    CHECK_RC(vt_superposition_new(terms, 2, &s), VT_OK);
+    CHECK_RC(vt_superposition_terms(s, back, 1, &count), VT_ERR_SUBSCRIPT);
+    CHECK(count == 2);
+    CHECK_RC(vt_superposition_terms(s, back, 2, &count), VT_OK);
+    /* 3 and 4i scaled by 1/5. */
+    CHECK(back[0].re == 0.6 && back[1].im == 0.8 && back[1].state.n == 1);
+    CHECK_RC(vt_format_state(s, text, 2, &length), VT_ERR_SUBSCRIPT);
+    CHECK_RC(vt_format_state(s, text, sizeof text, &length), VT_OK);
+    CHECK(length == strlen(text));
+    CHECK_RC(vt_parse_state(text, &named), VT_OK);
+    CHECK_RC(vt_superposition_terms(named, back, 2, &count), VT_OK);
+    CHECK(count == 2 && back[0].re == 0.6 && back[1].im == 0.8);
+    vt_superposition_free(named);
+
+    terms[0].state.m = 2; /* |m| above l = 1 */
+    CHECK_RC(vt_superposition_new(terms, 2, &bad), VT_ERR_ARGUMENT);
+    CHECK(bad == NULL && strstr(vt_last_error_detail(), "m must") != NULL);
+    CHECK_RC(vt_parse_state("2,1,x", &bad), VT_ERR_ARGUMENT);
+    CHECK(strstr(vt_last_error_detail(), "character 5") != NULL);
+    CHECK_RC(vt_hybrid(VT_HYBRID_SP3, 4, 0, &bad), VT_ERR_ARGUMENT);
+    CHECK_RC(vt_state_facts_of(NULL, NULL), VT_ERR_OBJECT_NOT_SET);
+    vt_superposition_free(s);
+
+    /* 3Dz2 as a state and as catalogue orbital 9: the same grid. */
+    {
+        vt_engine *e = NULL;
+        vt_OrbitalSetup setup = {18, 500, 30, 0, 9, VT_PDF};
+        int16_t a = -1, b = -1;
+        static uint8_t ga[128 * 128 * 128], gb[128 * 128 * 128];
+        CHECK_RC(vt_engine_new(&e), VT_OK);
+        CHECK_RC(vt_parse_state("3,2,0", &s), VT_OK);
+        CHECK_RC(vt_add(e, &setup, &a), VT_OK);
+        CHECK_RC(vt_add_state(e, s, 0.0, &setup, &b), VT_OK);
+        CHECK_RC(vt_get_grid(e, a, ga, sizeof ga), VT_OK);
+        CHECK_RC(vt_get_grid(e, b, gb, sizeof gb), VT_OK);
+        CHECK(a != b && memcmp(ga, gb, sizeof ga) == 0);
+        vt_superposition_free(s);
+        vt_engine_free(e);
+    }
+}
+
 int main(void) {
     test_names_and_catalogue();
+    test_states();
     test_records_and_row_order();
     test_memdc();
     test_about();

@@ -228,10 +228,13 @@ TEST(cElectron, BatchEqualsPerPointAndRaises6AboveTheLastByte) {
                     points.push_back(GridPoint(info.*view.radius, x, y, z));
         points.push_back(points[1]);  // an odd count: the last point takes the per-point path
         const size_t n = points.size();
-        std::vector<double> single(n), batch(n);
+        std::vector<double> single(n), batch(n), real(n);
         for (size_t i = 0; i < n; ++i) single[i] = (e.*view.unscaled)(points[i]);
         e.NonScaledBatch(mode, points.data(), batch.data(), n);
         EXPECT_EQ(std::memcmp(single.data(), batch.data(), n * sizeof(double)), 0);
+        for (size_t i = 0; i < n; ++i) real[i] = (e.*view.real)(points[i]);
+        e.RealBatch(mode, points.data(), batch.data(), n);
+        EXPECT_EQ(std::memcmp(real.data(), batch.data(), n * sizeof(double)), 0);
 
         // The largest value scaled to 255.4 gives byte 255 in both paths; scaled to 256.2 it
         // rounds to 256, outside a byte: error 6 in both.

@@ -1,6 +1,7 @@
 """The veltara package against independent sources: the C interface (libveltara.so through
 ctypes, a separately built copy of the engine), sympy's hydrogen functions, hand-worked
 spherical harmonics, and the veltara command's files."""
+import concurrent.futures
 import ctypes
 import math
 import os
@@ -23,7 +24,7 @@ SHELLS = [(1, 0), (2, 0), (2, 1), (3, 0), (3, 1), (3, 2), (4, 0), (4, 1), (4, 2)
 
 
 def test_installed_package_is_used():
-    assert veltara.__version__ == "1.1.0"
+    assert veltara.__version__ == "1.2.0" == veltara._core.version()
     assert ROOT / "python" not in pathlib.Path(veltara.__file__).parents
 
 
@@ -106,6 +107,30 @@ def test_density_equals_c_interface(clib):
                                         expected.ctypes.data) == 0
             got = veltara.density(orbital, xyz[:, 0], xyz[:, 1], xyz[:, 2], view=view)
             assert np.array_equal(got, expected)
+
+
+def test_broadcasting_views_and_threads_give_the_c_interfaces_doubles(clib):
+    """Columns, reversed and broadcast views and a float32 input, read in place, in one or more
+    threads at once: every value as the C interface gives it for the same points one by one."""
+    x = np.random.default_rng(4).uniform(-20, 20, 60)
+    views = [(x[:, None, None], x[None, ::-2, None], np.float32(1.5)),
+             (x[::-1], x, x[:, None][::3] * 0 + 2.0)]
+    for orbital in (9, 23, 38):
+        for args in views:
+            bx, by, bz = (a.astype(np.float64) for a in np.broadcast_arrays(*args))
+            xyz = np.ascontiguousarray(np.stack([bx.ravel(), by.ravel(), bz.ravel()], axis=1))
+            one = np.zeros(1)
+            expected = [clib.vt_real_density(orbital, 0, p.ctypes.data, 1, one.ctypes.data) or
+                        one[0] for p in xyz]
+            for threads in (None, 1, 2):
+                got = veltara.density(orbital, *args, threads=threads)
+                assert got.shape == bx.shape
+                assert np.array_equal(got.ravel(), expected)
+    pool = concurrent.futures.ThreadPoolExecutor(4)
+    xs = np.linspace(-15, 15, 100001)
+    alone = veltara.wavefunction("4Fxyz", xs, 1.0, -2.0, threads=1)
+    runs = pool.map(lambda _: veltara.wavefunction("4Fxyz", xs, 1.0, -2.0), range(4))
+    assert all(np.array_equal(run, alone) for run in runs)
 
 
 # ---- the signed wavefunction -------------------------------------------------------------

@@ -19,10 +19,10 @@ import numpy as np
 from . import _core
 from ._errors import EngineError
 
-__version__ = "1.1.0"
+__version__ = "1.2.0"  # the C interface's version, which a test compares
 __all__ = ["EngineError", "Engine", "Orbital", "CatalogueEntry", "OrbitalFacts", "catalogue",
            "density", "wavefunction", "radial_distribution", "facts", "boundary_surface",
-           "write_cube", "Surface"]
+           "write_cube", "Surface", "State", "Superposition", "parse", "hybrid", "sample", "simd"]
 
 CatalogueEntry = collections.namedtuple(
     "CatalogueEntry", "index name n l m averaged pdf_radius drpdf_radius pdf_threshold "
@@ -30,6 +30,10 @@ CatalogueEntry = collections.namedtuple(
 OrbitalFacts = collections.namedtuple(
     "OrbitalFacts", "n l m radial_nodes angular_nodes energy_hartree mean_radius "
     "most_probable_radius")
+
+from ._states import (State, Superposition, hybrid, parse, sample,  # noqa: E402
+                      as_state as _as_state)
+from . import _states  # noqa: E402
 
 _CATALOGUE = tuple(CatalogueEntry(i, *row) for i, row in enumerate(_core.catalogue()))
 # The engine's one table of mode, view and size names: key -> value.
@@ -93,6 +97,26 @@ def _index(orbital):
     raise ValueError(f"unknown orbital {orbital!r}; close matches: {hint}")
 
 
+def _state_or_index(orbital):
+    """A catalogue index for a catalogue name or index, else the state a State, Superposition
+    or text form names."""
+    if isinstance(orbital, Superposition):
+        index = orbital._core.catalogue_index()
+        return orbital if index < 0 else index
+    try:
+        return _index(orbital)
+    except ValueError as unknown:
+        if not isinstance(orbital, str):
+            raise
+        try:
+            return _state_or_index(parse(orbital))
+        except EngineError as refused:
+            # Text with the marks of the state form is answered about that form alone.
+            if any(mark in orbital for mark in ",:;=*+"):
+                raise
+            raise ValueError(f"{unknown}; nor is it a state: {refused.message}") from None
+
+
 def _choice(value, table, what):
     if isinstance(value, str):
         key = value.lower()
@@ -126,16 +150,30 @@ class Engine:
         self.clock_ms = clock_ms
         self._engine = _core.Engine(clock_ms)
 
-    def add(self, orbital, view="pdf", radius=None, threshold=None, dots=5000):
+    def add(self, orbital, view="pdf", radius=None, threshold=None, dots=5000, t=0):
         """Samples an orbital's probability grid and draws its first dot cloud.
 
-        orbital: name or index; view: "pdf" (density) or "drpdf" (radially weighted);
-        radius: half the cube's edge, Bohr (None: the catalogue's default for the view);
-        threshold: the lowest probability level 0..255 a dot may have (None: the default);
-        dots: dots wanted, 0..32767. Raises EngineError (11 for a density that is zero over
-        the whole cube, 9 for a first cloud without a dot, 6 for a level above 255).
+        orbital: a catalogue name or index, or any state (a State, Superposition or text
+        form such as "7,3,-2"); view: "pdf" (density) or "drpdf" (radially weighted);
+        radius: half the cube's edge, Bohr (None: the catalogue's default for the view, or
+        for other states a cube holding 99.9 % of the probability); threshold: the lowest
+        probability level 0..255 a dot may have (None: the default); dots: dots wanted,
+        0..32767 (exact samples for a state beyond the catalogue); t: the time of a
+        superposition (hbar/E_h). Raises EngineError (11 for a density that is zero over the
+        whole cube, 9 for a first cloud without a dot, 6 for a level above 255).
         """
-        index = _index(orbital)
+        found = _state_or_index(orbital)
+        if isinstance(found, Superposition):
+            v = _choice(view, _VIEWS, "view")
+            slot = self._engine.add_state(
+                found._core, _states._time(t), v, _whole(radius or 0, "radius", _INT16),
+                _whole(dots, "dots", _INT16), _whole(50 if threshold is None else threshold,
+                                                     "threshold", (0, 255)))
+            setup = self._engine.setup(slot)
+            entry = (_CATALOGUE[setup["orbital"]] if setup["orbital"] >= 0 else None)
+            return Orbital(self, slot, entry, view if isinstance(view, str) else
+                           {0: "pdf", 1: "drpdf"}.get(v, str(v)), state=found)
+        index = found
         entry = _CATALOGUE[index]
         v = _choice(view, _VIEWS, "view")
         if radius is None:
@@ -158,12 +196,13 @@ _REQUEST_FIELDS = _core.default_request()
 class Orbital:
     """An orbital in an engine's collection: its pictures, grid, dots and statistics."""
 
-    def __init__(self, engine, slot, entry, view):
+    def __init__(self, engine, slot, entry, view, state=None):
         self.engine, self.slot, self.entry, self.view = engine, slot, entry, view
+        self.state = state
 
     @property
     def name(self):
-        return _command_name(self.entry)
+        return _command_name(self.entry) if self.state is None else self.state.text
 
     def render(self, mode="orthographic", size="main", **fields):
         """One picture as an ndarray (height, width, 3) of uint8 R, G, B, top row first:
@@ -193,12 +232,15 @@ class Orbital:
                 request[key] = -1 if value else 0
             elif key not in ("mode", "size", "transect_dir"):
                 request[key] = _whole(value, key, _INT16)
-        return self.engine._engine.render(self.slot, request)
+        # The engine draws B, G, R, A into the array; R, G, B is a view of it, not a copy.
+        return self.engine._engine.render(self.slot, request)[..., 2::-1]
 
     @property
     def grid(self):
-        """The probability grid: (128, 128, 128) uint8 indexed [x, y, z] over one octant, 0 at
-        the nucleus and 127 at the radius; the other octants are its mirror images."""
+        """The probability grid, uint8 indexed [x, y, z]: (128, 128, 128) over one octant, 0 at
+        the nucleus and 127 at the radius, the other octants its mirror images; or, for a state
+        without mirror symmetry (a superposition, a hybrid), (255, 255, 255) over the whole
+        cube with the nucleus at 127."""
         return self.engine._engine.grid(self.slot)
 
     @property
@@ -235,36 +277,72 @@ class Orbital:
 
 # ---- the catalogue's functions ---------------------------------------------------------------
 
-def _points(x, y, z):
-    bx, by, bz = np.broadcast_arrays(*(np.asarray(v, dtype=np.float64) for v in (x, y, z)))
-    return np.stack([bx.ravel(), by.ravel(), bz.ravel()], axis=1), bx.shape
+def _coordinates(x, y, z):
+    """x, y, z as float64 arrays of one shape: broadcast views of the arrays given, not copies."""
+    return np.broadcast_arrays(*(np.asarray(v, dtype=np.float64) for v in (x, y, z)))
 
 
-def density(orbital, x, y, z, view="pdf"):
-    """The normalised density of an orbital at points x, y, z (Bohr radii; numpy broadcasting):
-    per cubic Bohr radius for view "pdf", the radially weighted density for "drpdf"."""
-    xyz, shape = _points(x, y, z)
-    return _core.density(_index(orbital), _choice(view, _VIEWS, "view"), xyz).reshape(shape)
+def _threads(threads):
+    return 0 if threads is None else _whole(threads, "threads", (1, 64))
 
 
-def wavefunction(orbital, x, y, z):
-    """The signed wavefunction psi of a single orbital at x, y, z (Bohr radii, broadcasting),
-    in Bohr^(-3/2): psi² is density(orbital, x, y, z). Shell averages have no sign: EngineError
-    5."""
-    xyz, shape = _points(x, y, z)
-    return _core.wavefunction(_index(orbital), xyz).reshape(shape)
+def density(orbital, x, y, z, view="pdf", t=0, threads=None):
+    """The normalised density of an orbital or state at points x, y, z (Bohr radii; numpy
+    broadcasting): per cubic Bohr radius for view "pdf", the radially weighted density for
+    "drpdf"; t is a superposition's time (hbar/E_h). The values are computed in place from the
+    arrays given, by at most `threads` threads (None: one per core) with the
+    interpreter's lock released; the values do not depend on the threads."""
+    found, v = _state_or_index(orbital), _choice(view, _VIEWS, "view")
+    xyz = _coordinates(x, y, z)
+    if isinstance(found, Superposition):
+        return _states.state_density(found, xyz, v, t, _threads(threads))
+    return _core.density(found, v, *xyz, _threads(threads))
 
 
-def radial_distribution(orbital, r):
-    """P(r) = r² R_nl(r)², per Bohr radius, at distances r >= 0 (Bohr radii); integrates to 1."""
+def wavefunction(orbital, x, y, z, t=None, threads=None):
+    """The wavefunction psi at x, y, z (Bohr radii, broadcasting), in Bohr^(-3/2): float64 for
+    a catalogue orbital, a real State or a real hybrid with t None; complex128 for a complex
+    state, complex coefficients or a given time t (hbar/E_h). |psi|² is density(...). Shell
+    averages have no phase: EngineError 5. threads: as for density."""
+    found = _state_or_index(orbital)
+    xyz = _coordinates(x, y, z)
+    if isinstance(found, Superposition):
+        return _states.state_wavefunction(found, xyz, t, _threads(threads))
+    return _core.wavefunction(found, *xyz, _threads(threads))
+
+
+def radial_distribution(orbital, r, t=0):
+    """P(r), per Bohr radius, at distances r >= 0 (Bohr radii): r² R_nl(r)² for one state, with
+    the cross terms of a superposition's terms that share l and m at time t; integrates to 1."""
     r = np.asarray(r, dtype=np.float64)
-    return _core.radial_distribution(_index(orbital), r.ravel()).reshape(r.shape)
+    found = _state_or_index(orbital)
+    if isinstance(found, Superposition):
+        return _states.state_radial(found, r.ravel(), t).reshape(r.shape)
+    return _core.radial_distribution(found, r.ravel()).reshape(r.shape)
 
 
 def facts(orbital):
-    """n, l, m, radial_nodes, angular_nodes, energy_hartree (-1/(2n²)), mean_radius (<r>) and
-    most_probable_radius (Bohr radii) of an orbital."""
-    return OrbitalFacts(**_core.facts(_index(orbital)))
+    """What a chemist reads off an orbital or state: n, l, m, radial_nodes, angular_nodes,
+    energy_hartree, mean_radius (<r>) and most_probable_radius (Bohr radii); a State or text
+    also gives Z, energy_ev, node_radii and, for a superposition (whose energy_hartree is <E>),
+    beats (delta_hartree, period_fs, wavelength_nm for each pair of distinct energies)."""
+    found = _state_or_index(orbital)
+    if isinstance(found, Superposition):
+        return _states.state_facts(found)
+    return OrbitalFacts(**_core.facts(found))
+
+
+def simd():
+    """The vector path the engine uses on this processor ("scalar", "sse2", "avx2", "avx512"),
+    chosen at start or forced by VELTARA_SIMD; every path gives the same numbers."""
+    return _core.simd()[0]
+
+
+if _core.simd()[1]:
+    import os as _os
+    import warnings as _warnings
+    _warnings.warn(f"VELTARA_SIMD={_os.environ.get('VELTARA_SIMD')!r} names no path this "
+                   f"processor has; using {simd()}", RuntimeWarning, stacklevel=2)
 
 
 from ._science import Surface, boundary_surface, write_cube  # noqa: E402  (uses the above)

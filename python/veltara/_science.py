@@ -7,7 +7,8 @@ import tempfile
 
 import numpy as np
 
-from . import _CATALOGUE, _index, density, radial_distribution, wavefunction
+from . import (_CATALOGUE, Superposition, _core, _index, _state_or_index, density,
+               radial_distribution, wavefunction)
 
 
 def _write_atomically(path, text):
@@ -53,6 +54,7 @@ class Surface:
     signs: np.ndarray
     level: float
     fraction: float
+    phase: np.ndarray = None  #: (V,) arg psi in radians, for a surface of any state
 
     def write_ply(self, path, positive=(40, 90, 230), negative=(230, 60, 40),
                   unsigned=(180, 180, 180)):
@@ -75,7 +77,18 @@ def boundary_surface(orbital, fraction=0.9, points=101, radius=None):
     """The surface of constant density that encloses `fraction` of the probability, found by
     marching cubes (scikit-image) over a cube of points³ samples, half-edge radius Bohr (None:
     where 99.99 % of the probability lies, with a margin). Single orbitals give one part per
-    sign of psi; shell averages one unsigned part."""
+    sign of psi; shell averages one unsigned part. Any state (a State, Superposition or text
+    form) takes the engine's own mesh at time t = 0, its level found from the exact density,
+    with `points` - 1 cells along the cube's edge and each vertex's phase."""
+    found = _state_or_index(orbital)
+    if isinstance(found, Superposition):
+        if not 0 < fraction < 1:
+            raise ValueError(f"fraction {fraction} is outside (0, 1)")
+        level, vertices, phase, faces = _core.surface(found._core, 0.0, float(fraction),
+                                                      int(points) - 1)
+        signs = np.where(np.cos(phase) >= 0, 1, -1).astype(np.int8)
+        return Surface(vertices.astype(np.float64), faces.astype(np.int64), signs, level,
+                       fraction, phase)
     from skimage.measure import marching_cubes
 
     if not 0 < fraction < 1:

@@ -1,0 +1,28 @@
+// The catalogue's normalised densities over many points at once, through the electrons' batch
+// path (whole runs of exponentials on the widest vector path).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "electron/cElectron.h"
+#include "electron/coordinates.h"
+#include "records/PublicTypes.h"
+
+namespace veltara {
+
+/// The catalogue's electron of row `orbital` (0 .. kCatalogueSize - 1, unchecked), made once
+/// with scale factors 0. Its density operations read nothing but constants, so threads may
+/// share it.
+cElectron& CatalogueElectron(int16_t orbital);
+
+/// Points taken in runs of this many: the squares of one run are gathered on the stack.
+inline constexpr size_t kCoordinateRun = 256;
+
+/// out[i] = GetRealPDF or GetRealDRPDF of catalogue orbital `orbital` at point i, bit for bit.
+/// Errors: 91 for an orbital outside the catalogue (before any point), and the density's own
+/// (5, 6) at a failing point, after the values before it are written.
+void RealDensityBatch(int16_t orbital, ViewMode view, const Coordinates& points, size_t count,
+                      double* out);
+
+}  // namespace veltara
