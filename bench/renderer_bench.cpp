@@ -10,8 +10,8 @@
 #include <memory>
 #include <vector>
 
-#include "electron/hybrids.h"
 #include "electron/catalogue.h"
+#include "electron/hybrids.h"
 #include "engine/cOrbitalCol.h"
 #include "engine/cVeltara.h"
 #include "support/clock.h"

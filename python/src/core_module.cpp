@@ -279,8 +279,8 @@ class Atom {
         Check(vt_grid_edge(mEngine.get(), slot, &edge));
         const py::ssize_t n = edge;
         py::array_t<uint8_t, py::array::f_style> out({n, n, n});
-        Check(vt_get_grid(mEngine.get(), slot, out.mutable_data(),
-                          static_cast<size_t>(out.size())));
+        Check(
+            vt_get_grid(mEngine.get(), slot, out.mutable_data(), static_cast<size_t>(out.size())));
         return out;
     }
 
@@ -546,9 +546,9 @@ py::list Catalogue() {
 /// The engine's tables of mode, view and size names: {"mode": [(key, title, label, value)], ...}.
 py::dict NameTables() {
     py::dict out;
-    for (const auto& [kind, table] : {std::pair{"mode", VT_NAMES_MODE},
-                                      std::pair{"view", VT_NAMES_VIEW},
-                                      std::pair{"size", VT_NAMES_SIZE}}) {
+    for (const auto& [kind, table] :
+         {std::pair{"mode", VT_NAMES_MODE}, std::pair{"view", VT_NAMES_VIEW},
+          std::pair{"size", VT_NAMES_SIZE}}) {
         py::list rows;
         int32_t count = 0;
         Check(vt_name_count(table, &count));
