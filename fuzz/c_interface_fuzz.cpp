@@ -316,8 +316,10 @@ void Surface(Host& h, FuzzedDataProvider& in) {
         }
         case 2: {
             int32_t written = 0;
-            rc = vt_memdc_get_bits(m, in.ConsumeIntegral<int32_t>(), bits.data(),
-                                   in.ConsumeIntegralInRange<int32_t>(-1, room), &written);
+            // A buffer of exactly the count passed, so a pixel written beyond it is caught.
+            const int32_t count = in.ConsumeIntegralInRange<int32_t>(-1, room);
+            std::vector<vt_RGBA> row(static_cast<size_t>(std::max(count, 0)));
+            rc = vt_memdc_get_bits(m, in.ConsumeIntegral<int32_t>(), row.data(), count, &written);
             break;
         }
         case 3:

@@ -216,8 +216,8 @@ TEST(VeltaraCommand, ExportReplacesBothFilesOrNeither) {
         const auto o = RunVeltara("export 2Pz --stride 16 --dots 100 --cube " + c.cube + " --ply " +
                                   c.ply + kClock);
         EXPECT_EQ(o.exitCode, c.exitCode) << c.cube << " " << c.ply << ": " << o.err;
-        EXPECT_EQ(ReadFile(keep), "the old keep") << c.cube << " " << c.ply;
-        EXPECT_EQ(ReadFile(target), "the link's target") << c.cube << " " << c.ply;
+        EXPECT_TRUE(ReadFile(keep) == "the old keep") << c.cube << " " << c.ply;
+        EXPECT_TRUE(ReadFile(target) == "the link's target") << c.cube << " " << c.ply;
         EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 3)
             << c.cube << " " << c.ply << ": a file was left behind";
     }

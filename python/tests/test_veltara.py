@@ -61,14 +61,7 @@ def c_model(lib, orbital, view, radius, threshold, dots):
     assert lib.vt_create(ctypes.byref(engine)) == 0
     setup = struct.pack("<hhBBhi", radius, dots, threshold, 0, orbital, view)
     assert lib.vt_add(engine, setup, ctypes.byref(slot)) == 0
-    # Theta, Phi, camera, plane, slice, transector, direction, size, mode, volume quality and
-    # finish, the three colour flags, stereo factor.
-    request = struct.pack("<ddhhhhiiihhhhhh", 0.4, 0.3, 400, 200, 0, 0, 0, 375, 0, 10, -1,
-                          0, 0, 0, 20)
-    handles = (ctypes.c_int32 * 2)()
-    assert lib.vt_get_render(engine, slot, request, handles) == 0
-    bgra = np.zeros((375, 375, 4), np.uint8)
-    assert lib.vt_surface_read(handles[0], bgra.ctypes.data, bgra.nbytes) == 0
+    picture = c_render(lib, engine, slot, dict(REQUEST, theta=0.4, phi=0.3))
     grid = np.zeros(128 ** 3, np.uint8)
     assert lib.vt_get_grid(engine, slot, grid.ctypes.data, grid.size) == 0
     count = ctypes.c_int32()
@@ -77,7 +70,26 @@ def c_model(lib, orbital, view, radius, threshold, dots):
     assert lib.vt_get_dots(engine, slot, points.ctypes.data, count, ctypes.byref(count)) == 0
     stats = np.zeros(264, np.int32)  # 1056 bytes of 32-bit fields
     assert lib.vt_get_stats(engine, slot, stats.ctypes.data) == 0
-    return grid.reshape(128, 128, 128).transpose(2, 1, 0), points, stats, bgra[..., 2::-1]
+    return grid.reshape(128, 128, 128).transpose(2, 1, 0), points, stats, picture
+
+
+# The request's fields in the record's order, with the engine's defaults.
+REQUEST = dict(theta=0.0, phi=0.0, camera_pos=400, projection_plane=200, transect_no=0,
+               transector=False, transect_dir=0, size=375, mode=0, vol_quality=10, vol_final=True,
+               show_prob_level_on_dots=False, show_prob_level_on_trans=False,
+               use_coloured_transector=False, stereo_factor=20)
+
+
+def c_render(lib, engine, slot, fields):
+    """An RGB picture through the C interface; a truth value goes in as the engine's -1."""
+    values = [(-1 if v else 0) if isinstance(v, bool) else v for v in fields.values()]
+    request = struct.pack("<ddhhhhiiihhhhhh", *values)
+    handles = (ctypes.c_int32 * 2)()
+    assert lib.vt_get_render(engine, slot, request, handles) == 0
+    edge = 375 if fields["size"] == 375 else 127
+    bgra = np.zeros((edge, edge, 4), np.uint8)
+    assert lib.vt_surface_read(handles[fields["size"] != 375], bgra.ctypes.data, bgra.nbytes) == 0
+    return bgra[..., 2::-1]
 
 
 @pytest.mark.parametrize("name,orbital,view", [("3Dz2", 9, 0), ("av4P", 37, 1), ("4Fxyz", 27, 1),
@@ -96,6 +108,24 @@ def test_package_equals_c_interface(clib, name, orbital, view):
             s["dot_total"], s["dot_time"]] == [stats[257], stats[258] & 255, *stats[259:264]]
     assert np.array_equal(o.render(mode="orthographic", size="main", theta=0.4, phi=0.3), picture)
     assert o.stats["frames_rendered"] == 1
+
+
+def test_every_render_field_reaches_the_engine_as_the_c_interface_sends_it(clib):
+    # Every field away from its default and every truth value true, in each mode, on both sides.
+    fields = dict(theta=0.7, phi=-0.4, camera_pos=450, projection_plane=180, transect_no=12,
+                  transector=True, transect_dir=1, size=375, vol_quality=6, vol_final=True,
+                  show_prob_level_on_dots=True, show_prob_level_on_trans=True,
+                  use_coloured_transector=True, stereo_factor=25)
+    engine, slot = ctypes.c_void_p(), ctypes.c_int16()
+    assert clib.vt_create(ctypes.byref(engine)) == 0
+    assert clib.vt_add(engine, struct.pack("<hhBBhi", 6, 3000, 20, 0, 9, 0),
+                       ctypes.byref(slot)) == 0
+    o = veltara.Engine(clock_ms=CLOCK).add(9, radius=6, threshold=20, dots=3000)
+    for mode in range(5):
+        request = dict(REQUEST, **fields, mode=mode)
+        assert list(request) == list(REQUEST)
+        expected = c_render(clib, engine, slot, request)
+        assert np.array_equal(o.render(**request), expected), f"mode {mode}"
 
 
 def test_density_equals_c_interface(clib):
