@@ -64,7 +64,9 @@ std::string Lower(const std::string& text) {
 
 /// Refuses fields the record does not have, so that a misspelt field is not silently ignored.
 ApiError CheckFields(const json& body, std::initializer_list<const char*> known) {
-    for (const auto& [key, value] : body.items()) {
+    for (const auto& item : body.items()) {
+        // A named copy: clang before 16 cannot capture a structured binding in a lambda.
+        const std::string& key = item.key();
         const bool found =
             std::any_of(known.begin(), known.end(), [&](const char* name) { return key == name; });
         if (!found) {
