@@ -43,6 +43,8 @@ int RenderGallery(Session& session, const RenderArgs& args, const vt_RenderReque
     const int32_t rows = (count + kColumns - 1) / kColumns;
     RgbImage sheet(kColumns * kCell, rows * kCell);
 
+    // Every picture is produced before any file of an earlier gallery is replaced.
+    OutputFiles files;
     for (int32_t i = 0; i < count; ++i) {
         RgbImage picture, thumbnail;
         if (const int rc = RenderOne(session, args, i, request, picture, &thumbnail)) return rc;
@@ -52,7 +54,7 @@ int RenderGallery(Session& session, const RenderArgs& args, const vt_RenderReque
             (std::filesystem::path(args.outDir) /
              (prefix + FileName(session.catalogue.entries[static_cast<size_t>(i)]) + ".png"))
                 .string();
-        if (const int rc = SavePng(file, picture)) return rc;
+        if (const int rc = AddPngFile(files, file, picture)) return rc;
         const int32_t cellX = (i % kColumns) * kCell, cellY = (i / kColumns) * kCell;
         Blit(sheet, thumbnail, cellX, cellY);
         DrawLabel(sheet, cellX + 1, cellY + kCell - kLabelTextHeight - 6,
@@ -60,7 +62,8 @@ int RenderGallery(Session& session, const RenderArgs& args, const vt_RenderReque
     }
     const std::string sheetFile =
         (std::filesystem::path(args.outDir) / "contact-sheet.png").string();
-    if (const int rc = SavePng(sheetFile, sheet)) return rc;
+    if (const int rc = AddPngFile(files, sheetFile, sheet)) return rc;
+    if (const int rc = CommitFiles(files)) return rc;
     std::printf("wrote %d pictures and %s\n", count, sheetFile.c_str());
     return kExitOk;
 }
@@ -91,7 +94,9 @@ int RunRender(const RenderArgs& args) {
     const std::string file =
         args.out.empty() ? FileName(session.catalogue.entries[static_cast<size_t>(index)]) + ".png"
                          : args.out;
-    if (const int rc = SavePng(file, picture)) return rc;
+    OutputFiles files;
+    if (const int rc = AddPngFile(files, file, picture)) return rc;
+    if (const int rc = CommitFiles(files)) return rc;
     std::printf("wrote %s (%dx%d)\n", file.c_str(), picture.width, picture.height);
     return kExitOk;
 }

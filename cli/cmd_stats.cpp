@@ -75,9 +75,12 @@ int RunStats(const StatsArgs& args) {
         PrintText(info, index, setup, stats);
     }
     if (!args.plot.empty()) {
-        if (const int rc = SavePng(args.plot, PlotHistogram(stats.ProbFreqs, args.logScale))) {
+        OutputFiles files;
+        if (const int rc =
+                AddPngFile(files, args.plot, PlotHistogram(stats.ProbFreqs, args.logScale))) {
             return rc;
         }
+        if (const int rc = CommitFiles(files)) return rc;
         // Keep standard output pure JSON when JSON was asked for.
         std::fprintf(args.json ? stderr : stdout, "wrote %s\n", args.plot.c_str());
     }

@@ -77,7 +77,7 @@ TEST(VeltaraCommand, FailedStandardOutputExits1) {
     }
 }
 
-TEST(VeltaraCommand, NumbersOutsideTheirRangesExit2NamingTheOption) {
+TEST(VeltaraCommand, BadArgumentsExit2NamingTheArgument) {
     struct Case {
         std::string args;
         const char* mention;  // what the one line must name
@@ -112,6 +112,15 @@ TEST(VeltaraCommand, NumbersOutsideTheirRangesExit2NamingTheOption) {
         {"export 1S --cube x --points 9 --stride 2", "--points"},
         {"export 1S --ply x --ply-format text", "--ply-format"},
         {"stats 1S --no-such-option", "--no-such-option"},
+        {"--bogus", "--bogus"},
+        {"bogus", "bogus"},
+        {"", "subcommand"},
+        {"render 1S --out ''", "--out"},
+        {"render --all --out-dir ''", "--out-dir"},
+        {"stats 1S --plot ''", "--plot"},
+        {"export 1S --cube ''", "--cube"},
+        {"export 1S --cube " + At("one") + " --ply " + At("one"), "--ply"},
+        {"export 1S --cube - --ply -", "--ply"},
     };
     for (const Case& c : bad) {
         const auto o = RunVeltara(c.args);
@@ -170,6 +179,43 @@ TEST(VeltaraCommand, FailedWritesLeaveThePathAsItWasAndSayWhy) {
         EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 4)
             << writer << ": a temporary file was left behind";
     }
+}
+
+TEST(VeltaraCommand, ExportReplacesBothFilesOrNeither) {
+    const fs::path dir = ScratchDir() / "pair";
+    fs::remove_all(dir);
+    fs::create_directories(dir);
+    const std::string keep = (dir / "keep").string(), target = (dir / "target").string();
+    std::ofstream(keep) << "the old keep";
+    std::ofstream(target) << "the link's target";
+    fs::create_symlink("target", dir / "link");
+    struct Case {
+        std::string cube, ply;
+        int exitCode;
+    };
+    const Case cases[] = {
+        {keep, "/dev/full", 1},
+        {"/dev/full", keep, 1},
+        {keep, (dir / "missing" / "x").string(), 1},
+        {(dir / "new").string(), "/dev/full", 1},
+        {keep, keep, 2},
+        {target, (dir / "link").string(), 2},
+        {(dir / "." / "twice").string(), (dir / "twice").string(), 2},
+    };
+    for (const Case& c : cases) {
+        const auto o = RunVeltara("export 2Pz --stride 16 --dots 100 --cube " + c.cube + " --ply " +
+                                  c.ply + kClock);
+        EXPECT_EQ(o.exitCode, c.exitCode) << c.cube << " " << c.ply << ": " << o.err;
+        EXPECT_EQ(ReadFile(keep), "the old keep") << c.cube << " " << c.ply;
+        EXPECT_EQ(ReadFile(target), "the link's target") << c.cube << " " << c.ply;
+        EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 3)
+            << c.cube << " " << c.ply << ": a file was left behind";
+    }
+    const auto both = RunVeltara("export 2Pz --stride 16 --dots 100 --cube " + keep + " --ply " +
+                                 (dir / "link").string() + kClock);
+    ASSERT_EQ(both.exitCode, 0) << both.err;
+    EXPECT_EQ(ReadFile(keep).rfind("normalised probability density", 0), 0u);
+    EXPECT_EQ(ReadFile(target).rfind("ply\n", 0), 0u);
 }
 
 TEST(VeltaraCommand, EngineRefusalsInPlainWords) {
