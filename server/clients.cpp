@@ -190,7 +190,7 @@ bool Clients::MakeRoom(const Collection& requester) {
     const auto any = [](const Collection&) { return true; };
     const std::string total = std::to_string(mLimits.maxTotalOrbitals);
     Entry victim = pick([](const Collection& c) { return c.mRequests == 1; }, older);
-    std::string why = "to make room for a new client: the server holds at most " + total +
+    std::string why = "to make room for another client: the server holds at most " + total +
                       " orbitals, and this client had made only one request";
     if (victim == mByToken.end()) {
         victim = pick(
