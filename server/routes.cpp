@@ -359,6 +359,12 @@ httplib::Server::HandlerResponse AnswerError(const Request& req, Response& res) 
                         "Invalid procedure call or argument: no route " + Echo(req.method) + " " +
                             Echo(req.path),
                         ""});
+    } else if (res.status == 400) {
+        // httplib's own refusal: the head could not be parsed.
+        SendError(res, {400, 13,
+                        "Type mismatch: the request line or a header is not HTTP as this "
+                        "server reads it; the connection ends here",
+                        ""});
     } else {
         SendError(res,
                   {res.status, 5,
