@@ -84,6 +84,7 @@ int main(int argc, char** argv) {
         "serve",
         "the interactive viewer: a page and a JSON API at http://HOST:PORT/, each client (a "
         "browser, or a script keeping cookies) with its own orbitals; stops on Ctrl-C");
+    serve->footer(vtserve::ServeLimitsText());
     serve
         ->add_option("--host", serveArgs.host,
                      "address to listen on; keep the loopback default unless the network is "

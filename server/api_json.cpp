@@ -22,6 +22,21 @@ json ApiError::ToJson() const {
     return j;
 }
 
+ApiError CheckBodySize(uint64_t bytes) {
+    if (bytes <= kMaxBodyBytes) return {};
+    return {413, 6,
+            "Overflow: the request body is larger than " + std::to_string(kMaxBodyBytes) + " bytes",
+            ""};
+}
+
+std::string Echo(const std::string& text) {
+    if (text.size() <= kMaxEchoBytes) return text;
+    size_t end = kMaxEchoBytes;
+    // Back to the first byte of a UTF-8 character (continuation bytes are 10xxxxxx).
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+    return text.substr(0, end) + "...";
+}
+
 ApiError EngineApiError(int32_t number, const std::string& context) {
     // An unknown or empty slot is a missing resource; everything else the engine refuses is a
     // well-formed request it cannot carry out.
@@ -52,16 +67,18 @@ std::string Lower(const std::string& text) {
 
 /// Refuses fields the record does not have, so that a misspelt field is not silently ignored.
 ApiError CheckFields(const json& body, std::initializer_list<const char*> known) {
-    for (const auto& [key, value] : body.items()) {
+    for (const auto& item : body.items()) {
+        // A named copy: clang before 16 cannot capture a structured binding in a lambda.
+        const std::string& key = item.key();
         const bool found =
             std::any_of(known.begin(), known.end(), [&](const char* name) { return key == name; });
         if (!found) {
             std::string list;
             for (const char* name : known) list += (list.empty() ? "" : ", ") + std::string(name);
             return {400, 5,
-                    "Invalid procedure call or argument: unknown field '" + key +
+                    "Invalid procedure call or argument: unknown field '" + Echo(key) +
                         "' (known: " + list + ")",
-                    key};
+                    Echo(key)};
         }
     }
     return {};
@@ -152,7 +169,7 @@ ApiError ReadEnum(const json& body, const char* field,
         }
         return {422, 5,
                 std::string("Invalid procedure call or argument: ") + field + " '" +
-                    it->get<std::string>() + "' is not one of " + list,
+                    Echo(it->get<std::string>()) + "' is not one of " + list,
                 field};
     }
     int64_t n = out;

@@ -11,6 +11,8 @@ namespace vtserve {
 
 /// The largest request body the server reads, in bytes.
 inline constexpr size_t kMaxBodyBytes = 64 * 1024;
+/// The most bytes of request text that an error message repeats.
+inline constexpr size_t kMaxEchoBytes = 200;
 
 /// A request the API refuses: the HTTP status, the engine-style error number (6 a value outside
 /// its field's width, 13 a value of the wrong type or malformed JSON, 5 an unknown field, name
@@ -25,6 +27,13 @@ struct ApiError {
     bool failed() const { return number != 0; }
     nlohmann::json ToJson() const;
 };
+
+/// The one check of a request body's size, stated or read so far: 413 (6) above kMaxBodyBytes.
+ApiError CheckBodySize(uint64_t bytes);
+
+/// Request text as an error repeats it: at most kMaxEchoBytes bytes, cut before a character
+/// that would cross the bound, then "...".
+std::string Echo(const std::string& text);
 
 /// The API error of an engine error number, with what the server was doing.
 ApiError EngineApiError(int32_t number, const std::string& context);

@@ -13,9 +13,12 @@ std::string Lower(std::string text) {
     return text;
 }
 
-/// At most `limit` bytes of text from outside, for a message.
-std::string Quote(const std::string& text, size_t limit = 200) {
-    return "'" + (text.size() > limit ? text.substr(0, limit) + "..." : text) + "'";
+/// Text from outside, quoted and cut, for a message.
+std::string Quote(const std::string& text) {
+    // Appended rather than "'" + Echo(text), which GCC 12 wrongly warns of (-Wrestrict).
+    std::string quoted = "'";
+    quoted += Echo(text);
+    return quoted += "'";
 }
 
 bool Contains(const std::vector<std::string>& list, const std::string& value) {
@@ -49,8 +52,7 @@ std::vector<std::string> AllowedHosts(const std::string& boundHost, int port) {
     return hosts;
 }
 
-ApiError CheckRequest(const httplib::Request& req, const std::vector<std::string>& hosts,
-                      size_t maxBodyBytes) {
+ApiError CheckRequest(const httplib::Request& req, const std::vector<std::string>& hosts) {
     // Addressed to this server: by a name it was given, or by the address the request arrived
     // at (a server listening on every interface is reached by its interfaces' addresses).
     std::vector<std::string> names = hosts;
@@ -66,7 +68,7 @@ ApiError CheckRequest(const httplib::Request& req, const std::vector<std::string
     }
     const std::string& m = req.method;
     if (m != "GET" && m != "HEAD" && m != "POST" && m != "DELETE") {
-        return Refuse(405, 5, "the method " + Quote(m, 20) + " is not served");
+        return Refuse(405, 5, "the method " + Quote(m) + " is not served");
     }
 
     // One part of a reply at most: many ranges of one picture would make a reply many times
@@ -75,32 +77,42 @@ ApiError CheckRequest(const httplib::Request& req, const std::vector<std::string
         return Refuse(416, 5, "a request may ask for one byte range at most");
     }
 
-    // A body the server will read: of a stated length or in chunks, never both, never too long.
+    // A body the server will read: of a stated length or in chunks, never both, never too
+    // long, stated once (two statements would let the server and a proxy before it see two
+    // different requests), and only where a body belongs.
     const size_t lengths = req.get_header_value_count("Content-Length");
-    const std::string coding = Lower(req.get_header_value("Transfer-Encoding"));
-    const bool chunked = coding == "chunked";
-    if (lengths > 1 || (lengths == 1 && req.has_header("Transfer-Encoding")) ||
-        (req.has_header("Transfer-Encoding") && !chunked)) {
-        return Refuse(400, 13, "the body's length is not stated plainly");
+    const size_t codings = req.get_header_value_count("Transfer-Encoding");
+    const bool chunked =
+        codings == 1 && Lower(req.get_header_value("Transfer-Encoding")) == "chunked";
+    if (lengths > 1 || codings > 1 || (lengths == 1 && codings == 1) ||
+        (codings == 1 && !chunked)) {
+        return Refuse(400, 13,
+                      "the body's length is not stated plainly (one Content-Length, or "
+                      "Transfer-Encoding: chunked)");
     }
+    uint64_t length = 0;
     if (lengths == 1) {
         const std::string text = req.get_header_value("Content-Length");
         if (text.empty() || text.size() > 19 ||
             !std::all_of(text.begin(), text.end(),
                          [](unsigned char c) { return std::isdigit(c); })) {
-            return Refuse(400, 13, "Content-Length " + Quote(text, 40) + " is not a length");
+            return Refuse(400, 13, "Content-Length " + Quote(text) + " is not a length");
         }
-        if (text.size() > 9 || std::stoull(text) > maxBodyBytes) {
-            return Refuse(
-                413, 6,
-                "the request body is larger than " + std::to_string(maxBodyBytes) + " bytes");
-        }
+        length = std::stoull(text);
+        if (const ApiError e = CheckBodySize(length); e.failed()) return e;
+    }
+    if ((m == "GET" || m == "HEAD") && (length > 0 || chunked)) {
+        return Refuse(400, 13, m + " requests carry no body");
     }
     if (m == "POST" && lengths == 0 && !chunked) {
         return Refuse(411, 5, "a POST states its body's length (Content-Length) or sends chunks");
     }
 
-    // Changes come from this site or from a script, never from another site's page.
+    // Changes come from this site or from a script, never from another site's page; a second
+    // Origin would hide the first from a check that reads one.
+    if (req.get_header_value_count("Origin") > 1) {
+        return Refuse(400, 5, "a request names one Origin at most");
+    }
     if (m == "POST" || m == "DELETE") {
         if (req.has_header("Origin")) {
             const std::string origin = Lower(req.get_header_value("Origin"));

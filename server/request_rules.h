@@ -25,14 +25,15 @@ std::string UrlHost(const std::string& host);
 ///   name of its own, as DNS rebinding does);
 /// - 405 (5) for a method other than GET, HEAD, POST and DELETE;
 /// - 416 (5) for more than one byte range (a single one is ignored: replies are whole);
-/// - 400 (13) for a malformed or repeated Content-Length, both a length and chunks, or a
-///   transfer coding other than chunked; 411 (5) for a POST with neither;
-/// - 413 (6) for a Content-Length above maxBodyBytes;
+/// - 400 (13) for a malformed or repeated Content-Length, a repeated Transfer-Encoding, both a
+///   length and chunks, a transfer coding other than chunked, or a GET or HEAD with a body;
+///   411 (5) for a POST with neither a length nor chunks;
+/// - 413 (6) for a Content-Length above the body cap (CheckBodySize);
+/// - 400 (5) for more than one Origin;
 /// - for POST and DELETE: 403 (5) for an Origin other than this server's (requests without
 ///   Origin, as scripts send them, pass); 415 (13) for a body (every POST has one) that is not
 ///   declared Content-Type: application/json, which a page of another site cannot send without
 ///   the server's consent (and no such consent, no CORS, is given).
-ApiError CheckRequest(const httplib::Request& req, const std::vector<std::string>& hosts,
-                      size_t maxBodyBytes);
+ApiError CheckRequest(const httplib::Request& req, const std::vector<std::string>& hosts);
 
 }  // namespace vtserve

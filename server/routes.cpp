@@ -135,7 +135,7 @@ void AddOrbital(ServerState& s, Collection& c, const Request&, Response& res, co
                               " orbitals; delete one first",
                           ""});
     }
-    if (!s.clients.ReserveOrbital()) {
+    if (!s.clients.ReserveOrbital(c)) {
         res.set_header("Retry-After", "60");
         return SendError(
             res, {503, 6,
@@ -289,13 +289,11 @@ void ServeClient(ServerState& s, ClientRoute route, const Request& req, Response
     try {
         json parsed;
         if (const ApiError e = ParseBody(body, parsed); e.failed()) return SendError(res, e);
-        const std::shared_ptr<Collection> client = s.clients.Find(req, res);
+        ApiError refusal;
+        const std::shared_ptr<Collection> client = s.clients.Find(req, res, refusal);
         if (!client) {
-            res.set_header("Retry-After", "60");
-            return SendError(res, {503, 6,
-                                   "Overflow: the server holds as many clients as it can; try "
-                                   "again later",
-                                   ""});
+            if (refusal.status == 503) res.set_header("Retry-After", "60");
+            return SendError(res, refusal);
         }
         std::lock_guard lock(client->mutex);
         route(s, *client, req, res, parsed);
@@ -321,44 +319,35 @@ httplib::Server::Handler WithoutBody(ServerState& s, ClientRoute route) {
     };
 }
 
-/// A POST route: reads the body itself, so that chunked bodies are bounded as plain ones are.
+/// A route with a body (POST, DELETE): reads the body itself, so that every body, of a stated
+/// length or in chunks, passes the one size check as it arrives.
 httplib::Server::HandlerWithContentReader WithBody(ServerState& s, ClientRoute route) {
     return [&s, route](const Request& req, Response& res, const httplib::ContentReader& reader) {
         std::string body;
-        bool tooLong = false;
+        ApiError tooLong;
         bool read = false;
         try {
             read = reader([&](const char* data, size_t size) {
-                if (body.size() + size > kMaxBodyBytes) {
-                    tooLong = true;
-                    return false;
-                }
+                tooLong = CheckBodySize(body.size() + size);
+                if (tooLong.failed()) return false;
                 body.append(data, size);
                 return true;
             });
         } catch (...) {
         }
         if (!read) {
-            GuardedServer::CloseAfterReply(res);
-            return SendError(res, tooLong ? ApiError{413, 6,
-                                                     "Overflow: the request body is larger than " +
-                                                         std::to_string(kMaxBodyBytes) + " bytes",
-                                                     ""}
-                                          : ApiError{400, 13,
-                                                     "Type mismatch: the request body could not "
-                                                     "be read",
-                                                     ""});
+            GuardedServer::CloseAfterReply(req);
+            return SendError(res, tooLong.failed() ? tooLong
+                                                   : ApiError{400, 13,
+                                                              "Type mismatch: the request body "
+                                                              "could not be read",
+                                                              ""});
         }
         ServeClient(s, route, req, res, body);
     };
 }
 
 // ---- Everything else ----
-
-/// A message's copy of text from outside: at most 200 bytes.
-std::string Shown(const std::string& text) {
-    return text.size() > 200 ? text.substr(0, 200) + "..." : text;
-}
 
 httplib::Server::HandlerResponse AnswerError(const Request& req, Response& res) {
     using Result = httplib::Server::HandlerResponse;
@@ -367,13 +356,14 @@ httplib::Server::HandlerResponse AnswerError(const Request& req, Response& res) 
     if (!res.body.empty()) return Result::Unhandled;  // the API's own answers keep their body
     if (res.status == 404) {
         SendError(res, {404, 5,
-                        "Invalid procedure call or argument: no route " + Shown(req.method) + " " +
-                            Shown(req.path),
+                        "Invalid procedure call or argument: no route " + Echo(req.method) + " " +
+                            Echo(req.path),
                         ""});
-    } else if (res.status == 413) {
-        SendError(res, {413, 6,
-                        "Overflow: the request body is larger than " +
-                            std::to_string(kMaxBodyBytes) + " bytes",
+    } else if (res.status == 400) {
+        // httplib's own refusal: the head could not be parsed.
+        SendError(res, {400, 13,
+                        "Type mismatch: the request line or a header is not HTTP as this "
+                        "server reads it; the connection ends here",
                         ""});
     } else {
         SendError(res,
@@ -385,7 +375,7 @@ httplib::Server::HandlerResponse AnswerError(const Request& req, Response& res) 
 
 }  // namespace
 
-void AddRoutes(httplib::Server& server, ServerState& s, const std::vector<std::string>& hosts) {
+void AddRoutes(GuardedServer& server, ServerState& s, const std::vector<std::string>& hosts) {
     json list = json::array();
     for (int i = 0; i < VT_CATALOGUE_SIZE; ++i)
         list.push_back(vtjson::OrbInfoJson(s.catalogue[i], i));
@@ -395,26 +385,24 @@ void AddRoutes(httplib::Server& server, ServerState& s, const std::vector<std::s
     server.set_default_headers({{"Accept-Ranges", "none"}});
     // A client that asks before sending its body hears at once if it would be refused.
     server.set_expect_100_continue_handler([&hosts](const Request& req, Response& res) {
-        const ApiError e = CheckRequest(req, hosts, kMaxBodyBytes);
+        const ApiError e = CheckRequest(req, hosts);
         if (!e.failed()) return 100;
-        GuardedServer::CloseAfterReply(res);
+        GuardedServer::CloseAfterReply(req);
         SendError(res, e);
         return e.status;
     });
     // Before routing: the request's address, method, length, origin and type.
-    server.set_pre_routing_handler([&hosts](const Request& req, Response& res) {
+    server.SetRequestCheck([&hosts](const Request& req, Response& res) {
         try {
-            const ApiError e = CheckRequest(req, hosts, kMaxBodyBytes);
+            const ApiError e = CheckRequest(req, hosts);
             // A single range is ignored: every answer is whole (httplib would cut the reply,
             // and throw on a range beyond its end).
             const_cast<Request&>(req).ranges.clear();
             if (e.failed()) {
-                GuardedServer::CloseAfterReply(res);
                 SendError(res, e);
                 return httplib::Server::HandlerResponse::Handled;
             }
         } catch (...) {
-            GuardedServer::CloseAfterReply(res);
             SendFault(res, std::current_exception());
             return httplib::Server::HandlerResponse::Handled;
         }
@@ -436,19 +424,21 @@ void AddRoutes(httplib::Server& server, ServerState& s, const std::vector<std::s
     server.Get("/api/about", Plain(s, GetAbout));
     server.Get("/api/orbitals", WithoutBody(s, ListOrbitals));
     server.Post("/api/orbitals", WithBody(s, AddOrbital));
-    server.Delete(R"(/api/orbitals/(-?\d+))", WithoutBody(s, DeleteOrbital));
+    server.Delete(R"(/api/orbitals/(-?\d+))", WithBody(s, DeleteOrbital));
     server.Get(R"(/api/orbitals/(-?\d+)/stats)", WithoutBody(s, GetStats));
     server.Post(R"(/api/orbitals/(-?\d+)/refill)", WithBody(s, Refill));
     server.Post(R"(/api/orbitals/(-?\d+)/render)", WithBody(s, Render));
-    // Every other POST is answered without reading its body, which httplib would otherwise read
-    // whole, whatever its length.
-    server.Post(".*", [](const Request& req, Response& res, const httplib::ContentReader&) {
-        GuardedServer::CloseAfterReply(res);
+    // Every other POST and DELETE is answered without reading its body, which httplib would
+    // otherwise read whole, whatever its length.
+    const auto noRoute = [](const Request& req, Response& res, const httplib::ContentReader&) {
+        GuardedServer::CloseAfterReply(req);
         res.status = 404;
         AnswerError(req, res);
-    });
+    };
+    server.Post(".*", noRoute);
+    server.Delete(".*", noRoute);
 
-    server.set_error_handler(httplib::Server::HandlerWithResponse(AnswerError));
+    server.SetErrorAnswer(AnswerError);
     server.set_exception_handler(
         [](const Request&, Response& res, std::exception_ptr fault) { SendFault(res, fault); });
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "clients.h"
+#include "connections.h"
 #include "veltara.h"
 
 namespace vtserve {
@@ -28,6 +29,6 @@ struct ServerState {
 
 /// Registers the page's files, the API routes, and the answers to everything else (JSON errors
 /// for unknown routes, refused requests and exceptions).
-void AddRoutes(httplib::Server& server, ServerState& state, const std::vector<std::string>& hosts);
+void AddRoutes(GuardedServer& server, ServerState& state, const std::vector<std::string>& hosts);
 
 }  // namespace vtserve

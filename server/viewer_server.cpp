@@ -45,6 +45,29 @@ bool IsLoopback(const std::string& host) {
 
 }  // namespace
 
+std::string ServeLimitsText() {
+    const ConnectionLimits c;
+    const ClientLimits k;
+    const auto seconds = [](std::chrono::milliseconds t) {
+        return std::to_string(t.count() / 1000);
+    };
+    return "Limits, so that no set of clients holds the server: at most " +
+           std::to_string(c.maxConnections) +
+           " connections are served at once; when all are taken, a new one takes the place of "
+           "the kept-alive connection idle longest (none idle: 503 at once), and a kept-alive "
+           "connection closes after " +
+           seconds(c.idleTime) + " s without a request. A request arrives whole within " +
+           seconds(c.requestTime) + " s and " + std::to_string(c.maxRequestBytes / 1024) +
+           " KiB, its body within " + std::to_string(kMaxBodyBytes / 1024) +
+           " KiB. When the total of orbitals is reached, an add releases another client's "
+           "collection: first one that made only one request, oldest first; then, among those "
+           "without two requests in the last " +
+           std::to_string(k.steadyTime.count() / 60) +
+           " minutes, the one idle longest; and for a client without orbitals, the one idle "
+           "longest of all. A client whose orbitals were released is told so (410) the next "
+           "time it asks.";
+}
+
 int RunServe(const ServeArgs& args) {
     if (args.clockMs != 0 && (args.clockMs < 32768 || args.clockMs > INT32_MAX)) {
         return Usage("--clock", args.clockMs, 32768, INT32_MAX);

@@ -20,6 +20,10 @@ struct ServeArgs {
     int64_t idleSeconds = 30 * 60;  ///< a client unheard of this long is released
 };
 
+/// The limits that keep any set of clients from holding the server, in sentences for
+/// `veltara serve --help`, made from the values the server uses.
+std::string ServeLimitsText();
+
 /// Serves until SIGINT or SIGTERM. Prints "Veltara viewer: http://HOST:PORT/" on stdout once
 /// listening (the port chosen when 0 was asked; an IPv6 address in brackets), and a warning on
 /// stderr when HOST is not a loopback address. The process exit code: 0 after a stop, 1 when

@@ -7,8 +7,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "electron/catalogue.h"
@@ -94,11 +96,39 @@ class Client {
         const httplib::Result r = Send(method, path, body);
         return r ? r->status : 0;
     }
+    const std::string& cookie() const { return mCookie; }
 
   private:
     httplib::Client mHttp;
     std::string mCookie;
 };
+
+/// A connected loopback socket; -1 when the server is not there.
+int Connect(int port) {
+    const int sock = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in addr{};
+    addr.sin_family = AF_INET;
+    addr.sin_port = htons(static_cast<uint16_t>(port));
+    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (connect(sock, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0) return sock;
+    close(sock);
+    return -1;
+}
+
+/// Everything the server writes back to `bytes` until it closes the connection, then
+/// "<closed>"; or until 3 s of silence, then "<open>".
+std::string Exchange(int port, const std::string& bytes) {
+    const int sock = Connect(port);
+    send(sock, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    const timeval wait{3, 0};
+    setsockopt(sock, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
+    std::string out;
+    char buffer[4096];
+    ssize_t n = 0;
+    while ((n = recv(sock, buffer, sizeof buffer, 0)) > 0) out.append(buffer, n);
+    close(sock);
+    return out + (n == 0 ? "<closed>" : "<open>");
+}
 
 /// The status of the reply to raw request bytes (head, then `repeat` copies of `more`); 0 when
 /// the server answers nothing.
@@ -262,16 +292,158 @@ TEST(ServeApi, ClientsNeverSeeEachOthersOrbitals) {
     EXPECT_EQ(b.Status("POST", "/api/orbitals", add), 201);
 }
 
-TEST(ServeApi, AnIdleClientIsReleasedWithItsOrbitals) {
-    Server server(
-        {"--port", "0", "--clock", "40000", "--max-total-orbitals", "1", "--idle-seconds", "1"});
-    Client idle(server), other(server);
-    const std::string add = R"({"OrbitalIndex": 1, "DotTarget": 500})";
-    ASSERT_EQ(idle.Status("POST", "/api/orbitals", add), 201);
-    EXPECT_EQ(other.Status("POST", "/api/orbitals", add), 503);
+TEST(ServeApi, AnIdleClientIsReleasedWithItsOrbitalsAndToldSoOnce) {
+    Server server({"--port", "0", "--clock", "40000", "--idle-seconds", "1"});
+    Client idle(server);
+    ASSERT_EQ(idle.Status("POST", "/api/orbitals", R"({"OrbitalIndex": 1, "DotTarget": 500})"),
+              201);
     usleep(2500000);
-    EXPECT_EQ(other.Status("POST", "/api/orbitals", add), 201);
-    EXPECT_EQ(idle.Json("GET", "/api/orbitals").size(), 0u);
+    const json told = idle.Json("GET", "/api/orbitals");
+    EXPECT_NE(told.value("message", "").find("released after 1 seconds"), std::string::npos)
+        << told;
+    EXPECT_EQ(idle.Status("GET", "/api/orbitals/0/stats"), 404);  // afresh: no orbital 0
+    EXPECT_EQ(idle.Json("GET", "/api/orbitals"), json::array());
+}
+
+TEST(ServeApi, WhenTheTotalIsReachedOneRequestCollectionsGiveWayFirstThenTheIdlest) {
+    Server server({"--port", "0", "--clock", "40000", "--max-total-orbitals", "2"});
+    const std::string add = R"({"OrbitalIndex": 1, "DotTarget": 500})";
+    Client steady(server), once(server), second(server), third(server), fourth(server);
+    ASSERT_EQ(steady.Status("POST", "/api/orbitals", add), 201);
+    ASSERT_EQ(steady.Status("GET", "/api/orbitals"), 200);  // two requests: it gives way last
+    ASSERT_EQ(once.Status("POST", "/api/orbitals", add), 201);
+    // The total is reached: the collection of one request goes for the newcomer...
+    EXPECT_EQ(second.Status("POST", "/api/orbitals", add), 201);
+    EXPECT_EQ(once.Status("GET", "/api/orbitals"), 410);
+    EXPECT_EQ(steady.Json("GET", "/api/orbitals").size(), 1u);
+    // ...and, with every collection steady, the idlest goes for a client without orbitals, but
+    // not for one that holds some.
+    EXPECT_EQ(second.Status("GET", "/api/orbitals"), 200);
+    EXPECT_EQ(second.Status("POST", "/api/orbitals", add), 503);
+    EXPECT_EQ(third.Status("POST", "/api/orbitals", add), 201);
+    EXPECT_EQ(steady.Status("GET", "/api/orbitals"), 410);
+    EXPECT_EQ(second.Json("GET", "/api/orbitals").size(), 1u);
+    // A request in progress is never released: the fourth takes the third's place.
+    EXPECT_EQ(fourth.Status("POST", "/api/orbitals", add), 201);
+    EXPECT_EQ(third.Status("GET", "/api/orbitals"), 410);
+}
+
+TEST(ServeApi, AFloodOfCookielessAddsLocksNoClientOut) {
+    Server server({"--port", "0", "--clock", "40000", "--max-total-orbitals", "8"});
+    const std::string add = R"({"OrbitalIndex": 1, "DotTarget": 500})";
+    Client script(server);
+    ASSERT_EQ(script.Status("POST", "/api/orbitals", add), 201);
+    ASSERT_EQ(script.Status("GET", "/api/orbitals/0/stats"), 200);
+    std::atomic<int> added{0}, refused{0};
+    std::vector<std::thread> flood;
+    for (int t = 0; t < 4; ++t) {
+        flood.emplace_back([&] {
+            for (int i = 0; i < 40; ++i) {
+                Client once(server);  // a new client, without a cookie, every time
+                (once.Status("POST", "/api/orbitals", add) == 201 ? added : refused)++;
+            }
+        });
+    }
+    while (added < 20) usleep(10000);
+    Client newcomer(server);
+    EXPECT_EQ(newcomer.Status("POST", "/api/orbitals", add), 201);
+    const httplib::Result picture = newcomer.Send("POST", "/api/orbitals/0/render", "{}");
+    EXPECT_EQ(picture ? picture->body.size() : 0u, 375u * 375u * 4u);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(script.Status("POST", "/api/orbitals/0/render", R"({"Size": "Nano"})"), 200);
+    }
+    for (std::thread& t : flood) t.join();
+    EXPECT_EQ(added + refused, 160);
+    EXPECT_EQ(refused, 0);
+    EXPECT_EQ(script.Json("GET", "/api/orbitals").size(), 1u);
+}
+
+TEST(ServeApi, IdleKeptAliveConnectionsGiveWayToANewClient) {
+    Server server({"--port", "0"});
+    const std::string get =
+        "GET /api/info HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(server.port()) + "\r\n\r\n";
+    // 32 connections, as many as are served at once, each kept alive after a request.
+    std::vector<int> held;
+    for (int i = 0; i < 32; ++i) {
+        held.push_back(Connect(server.port()));
+        send(held.back(), get.data(), get.size(), MSG_NOSIGNAL);
+        char reply[12];
+        ASSERT_EQ(recv(held.back(), reply, sizeof reply, MSG_WAITALL), 12);
+        EXPECT_EQ(std::string(reply + 9, 3), "200");
+    }
+    Client newcomer(server);
+    EXPECT_EQ(newcomer.Status("GET", "/api/info"), 200);
+    EXPECT_EQ(newcomer.Status("GET", "/api/orbitals"), 200);
+    for (int sock : held) close(sock);
+}
+
+TEST(ServeApi, SmuggledAndDoublyStatedRequestsAreRefusedAndEndTheConnection) {
+    Server server({"--port", "0", "--clock", "40000"});
+    Client client(server);
+    ASSERT_EQ(client.Status("POST", "/api/orbitals", R"({"OrbitalIndex": 9, "DotTarget": 500})"),
+              201);
+    const std::string host = "Host: 127.0.0.1:" + std::to_string(server.port()) + "\r\n";
+    const std::string own = "Origin: http://127.0.0.1:" + std::to_string(server.port()) + "\r\n";
+    const std::string type = "Content-Type: application/json\r\n";
+    const std::string del = "DELETE /api/orbitals/0 HTTP/1.1\r\n" + host + type +
+                            "Cookie: " + client.cookie() + "\r\n\r\n";
+    const std::string add = R"({"OrbitalIndex": 1})";
+    const std::string post =
+        "POST /api/orbitals HTTP/1.1\r\n" + host + type + "Cookie: " + client.cookie() + "\r\n";
+    struct Case {
+        const char* what;
+        std::string bytes;
+    };
+    const std::vector<Case> cases = {
+        {"a line that is no request, then a DELETE", "GARBAGE\r\n" + del},
+        {"a GET whose body is a DELETE", "GET /api/info HTTP/1.1\r\n" + host + "Content-Length: " +
+                                             std::to_string(del.size()) + "\r\n\r\n" + del},
+        {"a GET with a chunked body",
+         "GET /api/info HTTP/1.1\r\n" + host + "Transfer-Encoding: chunked\r\n\r\n0\r\n\r\n" + del},
+        {"two Origins, this server's first",
+         post + own + "Origin: http://evil.example\r\nContent-Length: 19\r\n\r\n" + add},
+        {"two lengths", post + "Content-Length: 19\r\nContent-Length: 19\r\n\r\n" + add + del},
+        {"two codings", post + "Transfer-Encoding: chunked\r\nTransfer-Encoding: chunked\r\n\r\n" +
+                            "13\r\n" + add + "\r\n0\r\n\r\n" + del},
+        {"a body that is no JSON, then a DELETE", post + "Content-Length: 5\r\n\r\n{{{{{" + del},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const std::string reply = Exchange(server.port(), c.bytes);
+        EXPECT_EQ(reply.substr(0, 12), "HTTP/1.1 400");
+        EXPECT_EQ(reply.find("HTTP/1.1", 1), std::string::npos) << "a second reply: " << reply;
+        EXPECT_NE(reply.find("Connection: close"), std::string::npos);
+        EXPECT_EQ(reply.substr(reply.size() - 8), "<closed>");
+    }
+    EXPECT_EQ(client.Json("GET", "/api/orbitals").size(), 1u) << "a refused request changed";
+
+    // Text from the request comes back cut to 200 bytes.
+    const json echo =
+        client.Json("POST", "/api/orbitals/0/render", "{\"" + std::string(60000, 'k') + "\": 1}");
+    EXPECT_NE(echo.value("message", "").find("'" + std::string(200, 'k') + "...'"),
+              std::string::npos);
+    EXPECT_LT(echo.dump().size(), 1000u);
+}
+
+TEST(ServeApi, TheBodyCapAdmitsItsLengthAndRefusesOneByteMore) {
+    Server server({"--port", "0"});
+    const std::string head =
+        "POST /api/orbitals/7/render HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(server.port()) +
+        "\r\nContent-Type: application/json\r\n";
+    for (const size_t size : {size_t{65536}, size_t{65537}}) {
+        // "{}" and spaces: read whole, the body is an empty request for a handle never given.
+        const std::string body = "{}" + std::string(size - 2, ' ');
+        const int status = size == 65536 ? 404 : 413;
+        SCOPED_TRACE(size);
+        EXPECT_EQ(RawStatus(server.port(),
+                            head + "Content-Length: " + std::to_string(size) + "\r\n\r\n" + body),
+                  status);
+        char length[16];
+        std::snprintf(length, sizeof length, "%zx\r\n", size);
+        EXPECT_EQ(RawStatus(server.port(), head + "Transfer-Encoding: chunked\r\n\r\n" + length +
+                                               body + "\r\n0\r\n\r\n"),
+                  status);
+    }
 }
 
 }  // namespace
