@@ -290,6 +290,49 @@ ApiError ParseSetup(const json& body, const vt_OrbInfo catalogue[VT_CATALOGUE_SI
     return {};
 }
 
+ApiError ParseStateSetup(const json& body, std::string& text, double& time, vt_OrbitalSetup& s) {
+    if (const ApiError e = CheckFields(
+            body, {"State", "Time", "OrbitalViewMode", "AtomRadius", "DotThreshold", "DotTarget"});
+        e.failed()) {
+        return e;
+    }
+    const auto state = body.find("State");
+    if (state == body.end() || !state->is_string()) {
+        return TypeError("State", "a text such as \"7,3,-2\" (see docs/states.md)");
+    }
+    text = state->get<std::string>();
+    if (text.size() > kMaxStateText) {
+        return {422, 5,
+                "Invalid procedure call or argument: State is longer than " +
+                    std::to_string(kMaxStateText) + " bytes",
+                "State"};
+    }
+    time = 0;
+    if (const auto t = body.find("Time"); t != body.end()) {
+        if (!t->is_number() || !std::isfinite(t->get<double>())) {
+            return TypeError("Time", "a finite number (hbar/E_h)");
+        }
+        time = t->get<double>();
+    }
+    ApiError e;
+    int32_t view = VT_PDF;
+    if ((e = ReadEnum(body, "OrbitalViewMode", TableNames(VT_NAMES_VIEW), view)).failed()) return e;
+    if (view != VT_PDF && view != VT_DRPDF) {
+        return {422, 5, "Invalid procedure call or argument: OrbitalViewMode must be PDF or DRPDF",
+                "OrbitalViewMode"};
+    }
+    int64_t radius = 0, threshold = 0, target = 10000;
+    if ((e = ReadInt(body, "AtomRadius", 0, INT16_MAX, radius)).failed()) return e;
+    if ((e = ReadInt(body, "DotThreshold", 0, 255, threshold)).failed()) return e;
+    if ((e = ReadInt(body, "DotTarget", 0, INT16_MAX, target)).failed()) return e;
+    s = vt_OrbitalSetup{};
+    s.AtomRadius = static_cast<int16_t>(radius);
+    s.DotTarget = static_cast<int16_t>(target);
+    s.DotThreshold = static_cast<uint8_t>(threshold);
+    s.OrbitalViewMode = view;
+    return {};
+}
+
 ApiError ParseRefill(const json& body, uint8_t& threshold, int32_t& target) {
     if (const ApiError e = CheckFields(body, {"Threshold", "Target"}); e.failed()) return e;
     for (const char* field : {"Threshold", "Target"}) {

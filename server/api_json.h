@@ -58,6 +58,17 @@ ApiError ParseRenderRequest(const nlohmann::json& body, vt_RenderRequest& reques
 ApiError ParseSetup(const nlohmann::json& body, const vt_OrbInfo catalogue[VT_CATALOGUE_SIZE],
                     vt_OrbitalSetup& setup);
 
+/// The longest state text a request may carry.
+inline constexpr size_t kMaxStateText = 1000;
+
+/// Reads the setup of a state in the engine's text form: State (required, a text such as
+/// "7,3,-2", at most 1000 bytes; see docs/states.md), Time (hbar/E_h, default 0),
+/// OrbitalViewMode, AtomRadius (0..32767, 0: a cube holding 99.9 % of the probability),
+/// DotThreshold (0..255, default 0), DotTarget (0..32767, default 10000). The text itself is
+/// read by the engine afterwards.
+ApiError ParseStateSetup(const nlohmann::json& body, std::string& text, double& time,
+                         vt_OrbitalSetup& setup);
+
 /// Reads a refill: Threshold (0..255) and Target (0..32767), both required.
 ApiError ParseRefill(const nlohmann::json& body, uint8_t& threshold, int32_t& target);
 

@@ -53,6 +53,8 @@ class Collection {
     std::mutex mutex;
     /// The setups of the live orbitals by handle (the engine's slot index).
     std::map<int16_t, vt_OrbitalSetup> live;
+    /// The text of each live orbital added as a state beyond the catalogue.
+    std::map<int16_t, std::string> stateText;
 
     /// Runs job on the engine's thread, starting the engine first when there is none; the
     /// error number of creating it, else 0.

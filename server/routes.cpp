@@ -2,6 +2,7 @@
 #include "routes.h"
 
 #include <exception>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "api_json.h"
@@ -57,7 +58,15 @@ ApiError HandleOf(const Collection& c, const Request& req, int16_t& handle) {
     return FindHandle(c, req.matches[1], handle);
 }
 
-json LiveJson(const ServerState& s, int16_t handle, const vt_OrbitalSetup& setup) {
+json LiveJson(const ServerState& s, const Collection& c, int16_t handle,
+              const vt_OrbitalSetup& setup) {
+    if (const auto state = c.stateText.find(handle); state != c.stateText.end()) {
+        return {{"handle", handle},
+                {"Name", state->second},
+                {"commandName", state->second},
+                {"OrbType", "State"},
+                {"setup", vtjson::SetupJson(setup)}};
+    }
     const vt_OrbInfo& info = s.catalogue[setup.OrbitalIndex];
     return {{"handle", handle},
             {"Name", info.Name},
@@ -118,13 +127,29 @@ void GetAbout(ServerState& s, const Request&, Response& res) {
 
 void ListOrbitals(ServerState& s, Collection& c, const Request&, Response& res, const json&) {
     json list = json::array();
-    for (const auto& [handle, setup] : c.live) list.push_back(LiveJson(s, handle, setup));
+    for (const auto& [handle, setup] : c.live) list.push_back(LiveJson(s, c, handle, setup));
     SendJson(res, 200, list);
 }
 
 void AddOrbital(ServerState& s, Collection& c, const Request&, Response& res, const json& body) {
     vt_OrbitalSetup setup{};
-    if (const ApiError e = ParseSetup(body, s.catalogue, setup); e.failed()) {
+    // A state in the engine's text form, or a catalogue orbital by index.
+    std::shared_ptr<vt_superposition> state;
+    std::string text;
+    double time = 0;
+    if (body.is_object() && body.contains("State")) {
+        if (const ApiError e = ParseStateSetup(body, text, time, setup); e.failed()) {
+            return SendError(res, e);
+        }
+        vt_superposition* parsed = nullptr;
+        if (const int32_t rc = vt_parse_state(text.c_str(), &parsed)) {
+            return SendError(
+                res, {422, rc,
+                      "Invalid procedure call or argument: State: " + Echo(vt_last_error_detail()),
+                      "State"});
+        }
+        state.reset(parsed, vt_superposition_free);
+    } else if (const ApiError e = ParseSetup(body, s.catalogue, setup); e.failed()) {
         return SendError(res, e);
     }
     const ClientLimits& limits = s.clients.limits();
@@ -154,12 +179,15 @@ void AddOrbital(ServerState& s, Collection& c, const Request&, Response& res, co
     ApiError error;
     int16_t handle = -1;
     vt_OrbitalStats stats{};
-    const std::string name = vtjson::CommandName(s.catalogue[setup.OrbitalIndex]);
+    const std::string name =
+        state ? "state " + Echo(text) : vtjson::CommandName(s.catalogue[setup.OrbitalIndex]);
     const int32_t created = c.Run([&](vt_engine* e) {
         // The engine fills the lowest empty slot; the map mirrors the slots.
         int16_t expected = 0;
         while (c.live.count(expected) != 0) ++expected;
-        if (const int32_t rc = vt_add(e, &setup, &handle)) {
+        const int32_t rc = state ? vt_add_state(e, state.get(), time, &setup, &handle)
+                                 : vt_add(e, &setup, &handle);
+        if (rc != 0) {
             // A failed setup leaves its renderer in the slot: free it and its grid.
             vt_delete(e, expected);
             error = EngineApiError(rc, "adding " + name);
@@ -167,6 +195,8 @@ void AddOrbital(ServerState& s, Collection& c, const Request&, Response& res, co
             return;
         }
         vt_get_stats(e, handle, &stats);
+        // A state's defaults (radius, and a catalogue orbital's own row) are the engine's.
+        if (state) vt_get_setup(e, handle, &setup);
     });
     if (created != 0) error = EngineApiError(created, "starting this client's engine");
     if (error.failed()) {
@@ -174,8 +204,14 @@ void AddOrbital(ServerState& s, Collection& c, const Request&, Response& res, co
         return SendError(res, error);
     }
     c.live[handle] = setup;
+    c.stateText.erase(handle);
+    // A state the catalogue lists is that orbital, named as the catalogue names it.
+    int16_t row = -1;
+    if (state && (vt_state_catalogue_index(state.get(), &row) != VT_OK || row < 0)) {
+        c.stateText[handle] = text;
+    }
     reservation.kept = true;
-    json reply = LiveJson(s, handle, setup);
+    json reply = LiveJson(s, c, handle, setup);
     reply["stats"] = vtjson::StatsJson(stats);
     SendJson(res, 201, reply);
 }
@@ -188,6 +224,7 @@ void DeleteOrbital(ServerState& s, Collection& c, const Request& req, Response& 
     if (rc != 0)
         return SendError(res, EngineApiError(rc, "deleting orbital " + req.matches[1].str()));
     c.live.erase(handle);
+    c.stateText.erase(handle);
     s.clients.ReleaseOrbitals(1);
     // The engine of a client without orbitals is not kept: a later add starts a fresh one.
     if (c.live.empty()) c.StopEngine();
@@ -226,6 +263,8 @@ void Refill(ServerState&, Collection& c, const Request& req, Response& res, cons
         }
         vt_get_setup(e, handle, &c.live[handle]);
         vt_get_stats(e, handle, &stats);
+        // A state's defaults (radius, and a catalogue orbital's own row) are the engine's.
+        if (state) vt_get_setup(e, handle, &setup);
     });
     if (error.failed()) return SendError(res, error);
     SendJson(res, 200, vtjson::StatsJson(stats));

@@ -239,6 +239,9 @@ TEST(ServeApi, BadBodiesGetA4xxJsonErrorNamingTheField) {
         {"/api/orbitals/0/render", R"({"Mode": "Cubist"})", 422, 5, "Mode"},
         {"/api/orbitals", R"({"AtomRadius": 5})", 400, 5, "OrbitalIndex"},
         {"/api/orbitals/1/render", "{}", 404, 9, "handle"},
+        {"/api/orbitals", R"({"State": "3,3,0"})", 422, 5, "State"},
+        {"/api/orbitals", R"({"State": 7})", 400, 13, "State"},
+        {"/api/orbitals", R"({"State": "1,0,0", "AtomRadius": -1})", 422, 6, "AtomRadius"},
         // The engine's own refusals come back with its numbers.
         {"/api/orbitals/0/render", R"({"Mode": "Anaglyph", "StereoFactor": 0})", 422, 11, ""},
     };
@@ -252,8 +255,19 @@ TEST(ServeApi, BadBodiesGetA4xxJsonErrorNamingTheField) {
         EXPECT_EQ(body.value("error", 0), c.number) << r->body;
         EXPECT_EQ(body.value("field", ""), c.field) << r->body;
     }
+    // A state in the text form is added like a catalogue orbital and named by its text; one the
+    // catalogue lists is that orbital.
+    httplib::Result r =
+        client.Send("POST", "/api/orbitals", R"({"State": "Z=2;3,1,1c", "DotTarget": 300})");
+    ASSERT_TRUE(r);
+    EXPECT_EQ(r->status, 201) << r->body;
+    EXPECT_EQ(json::parse(r->body).value("OrbType", ""), "State");
+    EXPECT_EQ(json::parse(r->body).value("Name", ""), "Z=2;3,1,1c");
+    r = client.Send("POST", "/api/orbitals", R"({"State": "3, 2, 0"})");
+    ASSERT_TRUE(r);
+    EXPECT_EQ(json::parse(r->body).value("commandName", ""), "3Dz2") << r->body;
     // Pictures cross as raw B, G, R, A rows or as PNG.
-    httplib::Result r = client.Send("POST", "/api/orbitals/0/render", R"({"Size": "Main"})");
+    r = client.Send("POST", "/api/orbitals/0/render", R"({"Size": "Main"})");
     ASSERT_TRUE(r);
     EXPECT_EQ(r->body.size(), 375u * 375u * 4u);
     r = client.Send("POST", "/api/orbitals/0/render", R"({"Size": "Nano", "format": "png"})");
