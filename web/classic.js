@@ -517,7 +517,7 @@ export function writeLink(p) {
   const o = current();
   if (o) {
     p.set('cv', o.view);
-    p.set('seed', o.seed);
+    p.set('cs', o.seed);
     if (o.refillSeed !== null) p.set('rs', o.refillSeed);
     p.set('r', o.setup.AtomRadius);
     p.set('k', o.setup.DotTarget);
@@ -557,7 +557,7 @@ export function readLink(p) {
   }
   const view = int('cv', 0, 1) ?? 0;
   setRadio('view', view);
-  return { view, seed: int('seed', 32768, 2 ** 31 - 1) ?? undefined,
+  return { view, seed: int('cs', 32768, 2 ** 31 - 1) ?? undefined,
     refillSeed: int('rs', 32768, 2 ** 31 - 1), radius: int('r', 1, 200) ?? undefined,
     target: int('k', 1, 32767) ?? undefined, threshold: int('h', 0, 254) ?? undefined };
 }
