@@ -15,11 +15,7 @@ class orbAv1S final : public AveragedShell<orbAv1S> {
     static T Density(const T& e, const Terms<T>&) {
         return e;
     }
-    static OrbInfo Info() {
-        // Intended: the averaged S shells share the single S orbitals' names.
-        return CatalogueEntry(u"1S", 1, 0, 0, OrbitalType::AverageOrbs, 2, 3, 50, 50,
-                              OptFactor::F32, OptFactor::F32);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(1, 0, 0, true);
 };
 
 /// Averaged 2s: e^(-r) (r - 2)².
@@ -32,10 +28,7 @@ class orbAv2S final : public AveragedShell<orbAv2S> {
         const T u = t.r - 2.0;
         return e * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"2S", 2, 0, 0, OrbitalType::AverageOrbs, 8, 10, 30, 50,
-                              OptFactor::F32, OptFactor::F32);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(2, 0, 0, true);
 };
 
 /// Averaged 2p: e^(-r) r², N = N(2Pz) / 3.
@@ -47,10 +40,7 @@ class orbAv2P final : public AveragedShell<orbAv2P> {
     static T Density(const T& e, const Terms<T>& t) {
         return e * t.r2;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"2P", 2, 1, 0, OrbitalType::AverageOrbs, 8, 10, 50, 50,
-                              OptFactor::F32, OptFactor::F32);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(2, 1, 0, true);
 };
 
 /// Averaged 3s: e^(-2r/3) (6 - 4r + 4r²/9)².
@@ -63,10 +53,7 @@ class orbAv3S final : public AveragedShell<orbAv3S> {
         const T u = (6.0 - 4.0 * t.r) + t.r2 * 0.4444444444444444;
         return e * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3S", 3, 0, 0, OrbitalType::AverageOrbs, 18, 20, 50, 50,
-                              OptFactor::F32, OptFactor::F32);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 0, 0, true);
 };
 
 /// Averaged 3p: e^(-2r/3) (r - 6)² r², N = N(3Pz) / 3.
@@ -79,10 +66,7 @@ class orbAv3P final : public AveragedShell<orbAv3P> {
         const T u = t.r - 6.0;
         return e * (u * u) * t.r2;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3P", 3, 1, 0, OrbitalType::AverageOrbs, 18, 20, 50, 50,
-                              OptFactor::F32, OptFactor::F32);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 1, 0, true);
 };
 
 /// Averaged 3d: e^(-2r/3) r⁴, N = N(3Dxy) / 15.
@@ -94,10 +78,7 @@ class orbAv3D final : public AveragedShell<orbAv3D> {
     static T Density(const T& e, const Terms<T>& t) {
         return e * t.r2 * t.r2;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3D", 3, 2, 0, OrbitalType::AverageOrbs, 18, 20, 50, 50,
-                              OptFactor::F32, OptFactor::F32);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 2, 0, true);
 };
 
 /// Averaged 4s: e^(-r/2) (r³ - 24r² + 144r - 192)².
@@ -110,10 +91,7 @@ class orbAv4S final : public AveragedShell<orbAv4S> {
         const T u = (t.r2 + 144.0) * t.r + (t.r2 + 8.0) * -24.0;
         return e * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4S", 4, 0, 0, OrbitalType::AverageOrbs, 28, 32, 50, 50,
-                              OptFactor::F32, OptFactor::F32);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 0, 0, true);
 };
 
 /// Averaged 4p: e^(-r/2) (r² - 20r + 80)² r², N = N(4Pz) / 3.
@@ -126,10 +104,7 @@ class orbAv4P final : public AveragedShell<orbAv4P> {
         const T u = (t.r2 + 80.0) - t.r * 20.0;
         return e * (u * u) * t.r2;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4P", 4, 1, 0, OrbitalType::AverageOrbs, 28, 32, 50, 50,
-                              OptFactor::F32, OptFactor::F32);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 1, 0, true);
 };
 
 /// Averaged 4d: e^(-r/2) (r - 12)² r⁴, N = N(4Dxy) / 15.
@@ -142,10 +117,7 @@ class orbAv4D final : public AveragedShell<orbAv4D> {
         const T u = t.r - 12.0;
         return e * (u * u) * t.r2 * t.r2;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4D", 4, 2, 0, OrbitalType::AverageOrbs, 28, 32, 50, 50,
-                              OptFactor::F32, OptFactor::F32);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 2, 0, true);
 };
 
 /// Averaged 4f: e^(-r/2) r⁶, N = N(4Fxyz) / 105.
@@ -157,10 +129,7 @@ class orbAv4F final : public AveragedShell<orbAv4F> {
     static T Density(const T& e, const Terms<T>& t) {
         return e * t.r2 * t.r2 * t.r2;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4F", 4, 3, 0, OrbitalType::AverageOrbs, 28, 32, 50, 50,
-                              OptFactor::F32, OptFactor::F32);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 3, 0, true);
 };
 
 }  // namespace veltara

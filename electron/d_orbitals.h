@@ -15,10 +15,7 @@ class orb3Dz2 final : public SingleOrbital<orb3Dz2> {
         const T u = t.rho2 - (t.Z + t.Z);
         return e * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3Dz\u00B2", 3, 2, 0, OrbitalType::SingleOrb, 18, 20, 30, 50,
-                              OptFactor::F16xy, OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 2, 0, false);
 };
 
 /// Hydrogen 3d (x² - y²): e^(-2r/3) (x² - y²)².
@@ -31,10 +28,7 @@ class orb3Dx2_y2 final : public SingleOrbital<orb3Dx2_y2> {
         const T u = t.X - t.Y;
         return e * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3Dx\u00B2-y\u00B2", 3, 2, 2, OrbitalType::SingleOrb, 18, 20, 50, 50,
-                              OptFactor::F8, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 2, 2, false);
 };
 
 /// Hydrogen 3d (xy): e^(-2r/3) x² y².
@@ -46,10 +40,7 @@ class orb3Dxy final : public SingleOrbital<orb3Dxy> {
     static T Density(const T& e, const Terms<T>& t) {
         return e * t.X * t.Y;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3Dxy", 3, 2, -2, OrbitalType::SingleOrb, 18, 20, 50, 50,
-                              OptFactor::F16xy, OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 2, -2, false);
 };
 
 /// Hydrogen 3d (xz): e^(-2r/3) x² z².
@@ -61,10 +52,7 @@ class orb3Dxz final : public SingleOrbital<orb3Dxz> {
     static T Density(const T& e, const Terms<T>& t) {
         return e * t.X * t.Z;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3Dxz", 3, 2, 1, OrbitalType::SingleOrb, 18, 20, 50, 50,
-                              OptFactor::F16xz, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 2, 1, false);
 };
 
 /// Hydrogen 3d (yz): e^(-2r/3) y² z².
@@ -76,10 +64,7 @@ class orb3Dyz final : public SingleOrbital<orb3Dyz> {
     static T Density(const T& e, const Terms<T>& t) {
         return e * t.Y * t.Z;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3Dyz", 3, 2, -1, OrbitalType::SingleOrb, 18, 20, 50, 50,
-                              OptFactor::F16yz, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 2, -1, false);
 };
 
 /// Hydrogen 4d (z²): e^(-r/2) ((x² + y² - 2z²)(r - 12))².
@@ -92,10 +77,7 @@ class orb4Dz2 final : public SingleOrbital<orb4Dz2> {
         const T u = (t.rho2 - (t.Z + t.Z)) * (t.r - 12.0);
         return e * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Dz\u00B2", 4, 2, 0, OrbitalType::SingleOrb, 28, 32, 30, 50,
-                              OptFactor::F16xy, OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 2, 0, false);
 };
 
 /// Hydrogen 4d (x² - y²): e^(-r/2) ((x² - y²)(r - 12))².
@@ -108,10 +90,7 @@ class orb4Dx2_y2 final : public SingleOrbital<orb4Dx2_y2> {
         const T u = (t.X - t.Y) * (t.r - 12.0);
         return e * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Dx\u00B2-y\u00B2", 4, 2, 2, OrbitalType::SingleOrb, 28, 32, 50, 50,
-                              OptFactor::F8, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 2, 2, false);
 };
 
 /// Hydrogen 4d (xy): e^(-r/2) x² y² (r - 12)².
@@ -124,10 +103,7 @@ class orb4Dxy final : public SingleOrbital<orb4Dxy> {
         const T u = t.r - 12.0;
         return e * t.X * t.Y * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Dxy", 4, 2, -2, OrbitalType::SingleOrb, 28, 32, 50, 50,
-                              OptFactor::F16xy, OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 2, -2, false);
 };
 
 /// Hydrogen 4d (xz): e^(-r/2) x² z² (r - 12)².
@@ -140,10 +116,7 @@ class orb4Dxz final : public SingleOrbital<orb4Dxz> {
         const T u = t.r - 12.0;
         return e * t.X * t.Z * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Dxz", 4, 2, 1, OrbitalType::SingleOrb, 28, 32, 50, 50,
-                              OptFactor::F16xz, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 2, 1, false);
 };
 
 /// Hydrogen 4d (yz): e^(-r/2) y² z² (r - 12)².
@@ -156,10 +129,7 @@ class orb4Dyz final : public SingleOrbital<orb4Dyz> {
         const T u = t.r - 12.0;
         return e * t.Y * t.Z * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Dyz", 4, 2, -1, OrbitalType::SingleOrb, 28, 32, 50, 50,
-                              OptFactor::F16yz, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 2, -1, false);
 };
 
 }  // namespace veltara

@@ -15,10 +15,7 @@ class orb4Fz3 final : public SingleOrbital<orb4Fz3> {
         const T u = t.rho2 * 3.0 - (t.Z + t.Z);
         return e * t.Z * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Fz\u00B3", 4, 3, 0, OrbitalType::SingleOrb, 28, 32, 30, 50,
-                              OptFactor::F16xy, OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 3, 0, false);
 };
 
 /// Hydrogen 4f (xz²): e^(-r/2) x² (x² + y² - 4z²)².
@@ -31,10 +28,7 @@ class orb4Fxz2 final : public SingleOrbital<orb4Fxz2> {
         const T u = t.rho2 - t.Z * 4.0;
         return e * t.X * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Fxz\u00B2", 4, 3, 1, OrbitalType::SingleOrb, 28, 32, 50, 50,
-                              OptFactor::F8, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 3, 1, false);
 };
 
 /// Hydrogen 4f (yz²): e^(-r/2) y² (x² + y² - 4z²)².
@@ -47,10 +41,7 @@ class orb4Fyz2 final : public SingleOrbital<orb4Fyz2> {
         const T u = t.rho2 - t.Z * 4.0;
         return e * t.Y * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Fyz\u00B2", 4, 3, -1, OrbitalType::SingleOrb, 28, 32, 50, 50,
-                              OptFactor::F8, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 3, -1, false);
 };
 
 /// Hydrogen 4f (z(x² - y²)): e^(-r/2) z² (x² - y²)².
@@ -66,10 +57,7 @@ class orb4Fx2z_y2z final : public SingleOrbital<orb4Fx2z_y2z> {
         const T u = t.X - t.Y;
         return e * t.Z * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Fz(x\u00B2-y\u00B2)", 4, 3, 2, OrbitalType::SingleOrb, 28, 32, 50,
-                              50, OptFactor::F8, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 3, 2, false);
 };
 
 /// Hydrogen 4f (xyz): e^(-r/2) x² y² z².
@@ -81,11 +69,7 @@ class orb4Fxyz final : public SingleOrbital<orb4Fxyz> {
     static T Density(const T& e, const Terms<T>& t) {
         return e * t.X * t.Y * t.Z;
     }
-    static OrbInfo Info() {
-        // Intended: the same optimisation factors as the S orbitals.
-        return CatalogueEntry(u"4Fxyz", 4, 3, -2, OrbitalType::SingleOrb, 28, 32, 50, 50,
-                              OptFactor::F32, OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 3, -2, false);
 };
 
 /// Hydrogen 4f (x(x² - 3y²)): e^(-r/2) x² (x² - 3y²)².
@@ -98,12 +82,7 @@ class orb4Fx3_3xy2 final : public SingleOrbital<orb4Fx3_3xy2> {
         const T u = t.X - t.Y * 3.0;
         return e * t.X * (u * u);
     }
-    static OrbInfo Info() {
-        // Intended: this orbital declares no optimisation factors, so both read as F8, the
-        // enumeration's zero member.
-        return CatalogueEntry(u"4Fx(x\u00B2-3y\u00B2)", 4, 3, 3, OrbitalType::SingleOrb, 28, 32, 50,
-                              50, OptFactor::F8, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 3, 3, false);
 };
 
 /// Hydrogen 4f (y(3x² - y²)): e^(-r/2) y² (y² - 3x²)².
@@ -116,10 +95,7 @@ class orb4F3x2y_y3 final : public SingleOrbital<orb4F3x2y_y3> {
         const T u = t.Y - t.X * 3.0;
         return e * t.Y * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Fy(3x\u00B2-y\u00B2)", 4, 3, -3, OrbitalType::SingleOrb, 28, 32,
-                              50, 50, OptFactor::F8, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 3, -3, false);
 };
 
 }  // namespace veltara

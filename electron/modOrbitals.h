@@ -5,14 +5,16 @@
 #include <memory>
 
 #include "electron/cElectron.h"
+#include "electron/catalogue.h"
 
 namespace veltara::modOrbitals {
 
-/// Number of catalogue entries: 30 single orbitals (0..29) and 10 averaged shells (30..39).
-inline constexpr int16_t kOrbitalCount = 40;
+/// Number of catalogue entries: the rows of the catalogue table (single orbitals first, then
+/// the averaged shells).
+inline constexpr int16_t kOrbitalCount = kCatalogueSize;
 
 /// A new electron object of the class for OrbIndex, both scale factors 0; an empty pointer (no
-/// error) for an index outside 0..39.
+/// error) for an index outside the catalogue.
 std::unique_ptr<cElectron> CreateElectron(const int16_t& OrbIndex);
 
 }  // namespace veltara::modOrbitals

@@ -7,6 +7,7 @@
 #include <memory>
 #include <numbers>
 
+#include "electron/catalogue.h"
 #include "electron/modOrbitals.h"
 #include "support/convert.h"
 #include "support/error.h"
@@ -15,20 +16,23 @@ namespace veltara {
 
 namespace {
 
+/// Coefficients of powers of r up to the catalogue's highest n.
+using Coefficients = std::array<double, kCatalogueHighestN + 1>;
+
 OrbInfo InfoOf(int16_t orbital) {
     const std::unique_ptr<cElectron> electron = modOrbitals::CreateElectron(orbital);
     if (!electron) Raise(kErrSubscript);
     return electron->GetInfo();
 }
 
-/// The averaged shell with quantum numbers n and l: they follow 1S, 2S, 2P, 3S, ... from 30.
-int16_t ShellOf(int n, int l) { return static_cast<int16_t>(30 + n * (n - 1) / 2 + l); }
+/// The catalogue row of the averaged shell with quantum numbers n and l.
+int16_t ShellOf(int n, int l) { return CatalogueRowOf(n, l, 0, true); }
 
 /// The radial factor without its exponential, q(r) = r^(l+1) L(2r/n), as coefficients of
 /// powers of r (L the associated Laguerre polynomial of degree n - l - 1 and order 2l + 1).
-std::array<double, 5> RadialPolynomial(int n, int l) {
+Coefficients RadialPolynomial(int n, int l) {
     const int k = n - l - 1, alpha = 2 * l + 1;
-    std::array<double, 5> q{};
+    Coefficients q{};
     for (int i = 0; i <= k; ++i) {
         // (-1)^i C(k + alpha, k - i) / i! (2/n)^i
         double c = i % 2 == 0 ? 1.0 : -1.0;
@@ -39,15 +43,15 @@ std::array<double, 5> RadialPolynomial(int n, int l) {
     return q;
 }
 
-double Evaluate(const std::array<double, 5>& c, double r) {
+double Evaluate(const Coefficients& c, double r) {
     double v = 0;
     for (size_t i = c.size(); i-- > 0;) v = v * r + c[i];
     return v;
 }
 
 /// The sign of dP/dr: P = q² e^(-2r/n), so dP/dr has the sign of q (q' - q/n).
-double Slope(const std::array<double, 5>& q, int n, double r) {
-    std::array<double, 5> d{};
+double Slope(const Coefficients& q, int n, double r) {
+    Coefficients d{};
     for (size_t i = 1; i < q.size(); ++i) d[i - 1] = q[i] * static_cast<double>(i);
     const double v = Evaluate(q, r);
     return v * (Evaluate(d, r) - v / n);
@@ -75,7 +79,7 @@ double MostProbableRadius(int n, int l) {
             best = i;
         }
     }
-    const std::array<double, 5> q = RadialPolynomial(n, l);
+    const Coefficients q = RadialPolynomial(n, l);
     double lo = (best - 1) * h, hi = (best + 1) * h;
     while (true) {
         const double mid = lo + (hi - lo) / 2;

@@ -17,13 +17,13 @@ struct OrbitalFacts {
     double mostProbableRadius = 0;  ///< where P(r) is largest, Bohr radii (n² when nodeless)
 };
 
-/// The facts of catalogue orbital `orbital` (0..39). Errors: 9 for an index outside 0..39.
+/// The facts of catalogue orbital `orbital`. Errors: 9 for an index outside the catalogue.
 OrbitalFacts FactsOf(int16_t orbital);
 
 /// P(r) = r² R_nl(r)², the probability per Bohr radius of finding the electron at distance r
 /// (Bohr radii, r >= 0) from the nucleus; integrates to 1 over r. It is 4 pi r² times the
 /// density of the averaged shell with the orbital's n and l. Errors: 9 for an index outside
-/// 0..39, 5 for a negative or NaN r, 6 for an infinite one.
+/// the catalogue, 5 for a negative or NaN r, 6 for an infinite one.
 double RadialDistribution(int16_t orbital, double r);
 
 /// The batch form: out[i] = RadialDistribution(orbital, r[i]) for i < count; on an error at a

@@ -7,15 +7,15 @@
 //   kN             the normalisation constant of the real density
 //   kNDR           (optional) the constant of the real radial distribution; kN when absent
 //   Density(e, t)  e^(-k r) times the polynomial factors, in the order of multiplication
-//   Info()         the orbital's catalogue entry
+//   kRow           the catalogue row the class draws (CatalogueRowOf its own n, l, m)
 #pragma once
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 #include "electron/cElectron.h"
+#include "electron/catalogue.h"
 #include "electron/density_arithmetic.h"
 #include "records/PublicTypes.h"
 #include "support/convert.h"
@@ -35,26 +35,6 @@ enum class RadialWeight {
     kRSquared,   ///< averaged shells: r squared
 };
 
-/// A catalogue entry, its arguments in the order of the catalogue's columns.
-inline OrbInfo CatalogueEntry(std::u16string name, int16_t n, int16_t l, int16_t m,
-                              OrbitalType type, int16_t pdfRadius, int16_t drpdfRadius,
-                              int16_t pdfThreshold, int16_t drpdfThreshold, OptFactor pdfOpt,
-                              OptFactor drpdfOpt) {
-    OrbInfo info;
-    info.Name = std::move(name);
-    info.DefaultPDFAtomRadius = pdfRadius;
-    info.DefaultDRPDFAtomRadius = drpdfRadius;
-    info.DefaultPDFDotThreshold = pdfThreshold;
-    info.DefaultDRPDFDotThreshold = drpdfThreshold;
-    info.n = n;
-    info.l = l;
-    info.M = m;
-    info.OrbType = type;
-    info.PDFOptFactor = pdfOpt;
-    info.DRPDFOptFactor = drpdfOpt;
-    return info;
-}
-
 /// cElectron for the orbital class Orb. The only state is the two scale factors, 0 until
 /// set; everything else of a point (r², r, rho², the inner factor and its square) is
 /// recomputed by every call and kept in locals.
@@ -67,7 +47,9 @@ class OrbitalScheme : public cElectron {
     void SetDRPDFScaleFactor(const double& NewDRPDFScaleFactor) final {
         mDRPDFScaleFactor = NewDRPDFScaleFactor;
     }
-    OrbInfo GetInfo() final { return Orb::Info(); }
+    /// The catalogue row this class draws.
+    static constexpr int16_t CatalogueRow() { return Orb::kRow; }
+    OrbInfo GetInfo() final { return CatalogueInfo(Orb::kRow); }
 
     uint8_t GetPDF(const COORDdoubleParams& COORDS) final {
         return Byte<ViewMode::PDF>(COORDS, mPDFScaleFactor);

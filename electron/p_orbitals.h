@@ -14,10 +14,7 @@ class orb2Px final : public SingleOrbital<orb2Px> {
     static T Density(const T& e, const Terms<T>& t) {
         return e * t.X;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"2Px", 2, 1, 1, OrbitalType::SingleOrb, 8, 10, 50, 50,
-                              OptFactor::F16yz, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(2, 1, 1, false);
 };
 
 /// Hydrogen 2p (y): e^(-r) y².
@@ -29,10 +26,7 @@ class orb2Py final : public SingleOrbital<orb2Py> {
     static T Density(const T& e, const Terms<T>& t) {
         return e * t.Y;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"2Py", 2, 1, -1, OrbitalType::SingleOrb, 8, 10, 50, 50,
-                              OptFactor::F16xz, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(2, 1, -1, false);
 };
 
 /// Hydrogen 2p (z): e^(-r) z².
@@ -44,10 +38,7 @@ class orb2Pz final : public SingleOrbital<orb2Pz> {
     static T Density(const T& e, const Terms<T>& t) {
         return e * t.Z;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"2Pz", 2, 1, 0, OrbitalType::SingleOrb, 8, 10, 50, 50,
-                              OptFactor::F16xy, OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(2, 1, 0, false);
 };
 
 /// Hydrogen 3p (x): e^(-2r/3) x² (r - 6)².
@@ -60,10 +51,7 @@ class orb3Px final : public SingleOrbital<orb3Px> {
         const T u = t.r - 6.0;
         return e * t.X * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3Px", 3, 1, 1, OrbitalType::SingleOrb, 18, 20, 50, 50,
-                              OptFactor::F16yz, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 1, 1, false);
 };
 
 /// Hydrogen 3p (y): e^(-2r/3) y² (r - 6)².
@@ -76,10 +64,7 @@ class orb3Py final : public SingleOrbital<orb3Py> {
         const T u = t.r - 6.0;
         return e * t.Y * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3Py", 3, 1, -1, OrbitalType::SingleOrb, 18, 20, 50, 50,
-                              OptFactor::F16xz, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 1, -1, false);
 };
 
 /// Hydrogen 3p (z): e^(-2r/3) z² (r - 6)².
@@ -92,10 +77,7 @@ class orb3Pz final : public SingleOrbital<orb3Pz> {
         const T u = t.r - 6.0;
         return e * t.Z * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3Pz", 3, 1, 0, OrbitalType::SingleOrb, 18, 20, 50, 50,
-                              OptFactor::F16xy, OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 1, 0, false);
 };
 
 /// Hydrogen 4p (x): e^(-r/2) x² (r² - 20r + 80)².
@@ -108,10 +90,7 @@ class orb4Px final : public SingleOrbital<orb4Px> {
         const T u = (t.r2 + 80.0) - t.r * 20.0;
         return e * t.X * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Px", 4, 1, 1, OrbitalType::SingleOrb, 28, 32, 50, 50,
-                              OptFactor::F16yz, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 1, 1, false);
 };
 
 /// Hydrogen 4p (y): e^(-r/2) y² (r² - 20r + 80)².
@@ -124,10 +103,7 @@ class orb4Py final : public SingleOrbital<orb4Py> {
         const T u = (t.r2 + 80.0) - t.r * 20.0;
         return e * t.Y * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Py", 4, 1, -1, OrbitalType::SingleOrb, 28, 32, 50, 50,
-                              OptFactor::F16xz, OptFactor::F8);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 1, -1, false);
 };
 
 /// Hydrogen 4p (z): e^(-r/2) z² (r² - 20r + 80)².
@@ -140,10 +116,7 @@ class orb4Pz final : public SingleOrbital<orb4Pz> {
         const T u = (t.r2 + 80.0) - t.r * 20.0;
         return e * t.Z * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4Pz", 4, 1, 0, OrbitalType::SingleOrb, 28, 32, 50, 50,
-                              OptFactor::F16xy, OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 1, 0, false);
 };
 
 }  // namespace veltara

@@ -14,10 +14,7 @@ class orb1S final : public SingleOrbital<orb1S> {
     static T Density(const T& e, const Terms<T>&) {
         return e;
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"1S", 1, 0, 0, OrbitalType::SingleOrb, 2, 3, 30, 50, OptFactor::F32,
-                              OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(1, 0, 0, false);
 };
 
 /// Hydrogen 2s: e^(-r) (r - 2)².
@@ -30,10 +27,7 @@ class orb2S final : public SingleOrbital<orb2S> {
         const T u = t.r - 2.0;
         return e * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"2S", 2, 0, 0, OrbitalType::SingleOrb, 8, 10, 30, 50, OptFactor::F32,
-                              OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(2, 0, 0, false);
 };
 
 /// Hydrogen 3s: e^(-2r/3) (6 - 4r + 4r²/9)².
@@ -46,10 +40,7 @@ class orb3S final : public SingleOrbital<orb3S> {
         const T u = (6.0 - 4.0 * t.r) + t.r2 * 0.4444444444444444;
         return e * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"3S", 3, 0, 0, OrbitalType::SingleOrb, 18, 20, 50, 50,
-                              OptFactor::F32, OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(3, 0, 0, false);
 };
 
 /// Hydrogen 4s: e^(-r/2) (r³ - 24r² + 144r - 192)², the cubic in grouped form.
@@ -62,10 +53,7 @@ class orb4S final : public SingleOrbital<orb4S> {
         const T u = (t.r2 + 144.0) * t.r + (t.r2 + 8.0) * -24.0;
         return e * (u * u);
     }
-    static OrbInfo Info() {
-        return CatalogueEntry(u"4S", 4, 0, 0, OrbitalType::SingleOrb, 28, 32, 50, 50,
-                              OptFactor::F32, OptFactor::F16xy);
-    }
+    static constexpr int16_t kRow = CatalogueRowOf(4, 0, 0, false);
 };
 
 }  // namespace veltara

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <memory>
 
+#include "electron/catalogue.h"
 #include "electron/modOrbitals.h"
 #include "support/error.h"
 
@@ -12,9 +13,9 @@ namespace veltara {
 
 namespace {
 
-constexpr int16_t kSingleOrbitals = 30;
+constexpr int16_t kSingleOrbitals = kCatalogueSingleCount;
 
-/// The catalogue's 30 single orbitals, made once. Their density operations read nothing but
+/// The catalogue's single orbitals, made once. Their density operations read nothing but
 /// constants, so the objects may be shared between threads.
 cElectron& SingleElectron(int16_t orbital) {
     static const std::array<std::unique_ptr<cElectron>, kSingleOrbitals> electrons = [] {

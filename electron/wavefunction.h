@@ -15,8 +15,8 @@ namespace veltara {
 /// x(x² - 3y²), y(3x² - y²) for F; the radial polynomial positive at the nucleus and changing
 /// sign at each radial node.
 ///
-/// Errors: 5 for an averaged shell (30..39: a mixture of orbitals has no sign), 9 for an index
-/// outside 0..39, and the density's own errors (5 NaN, 6 infinite).
+/// Errors: 5 for an averaged shell (a mixture of orbitals has no sign), 9 for an index
+/// outside the catalogue, and the density's own errors (5 NaN, 6 infinite).
 double Wavefunction(int16_t orbital, double x, double y, double z);
 
 /// The batch form: out[i] = Wavefunction(orbital, xyz[3i], xyz[3i + 1], xyz[3i + 2]) for

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "about/about_box.h"
+#include "electron/catalogue.h"
 #include "electron/modOrbitals.h"
 #include "support/error.h"
 
@@ -28,6 +29,8 @@ std::vector<OrbInfo> cVeltara::EnumOrbitals() {
     }
     return result;
 }
+
+int16_t cVeltara::HighestN() const { return kCatalogueHighestN; }
 
 void cVeltara::About() { ShowAboutBox(); }
 

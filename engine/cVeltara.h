@@ -17,11 +17,11 @@ class cVeltara {
     /// Replaces the collection; a null one makes the next read create a fresh collection.
     void Orbitals(std::shared_ptr<cOrbitalCol> collection);
 
-    /// The 40 catalogue entries in index order, built afresh on each call.
+    /// The catalogue's entries in index order, built afresh on each call.
     std::vector<OrbInfo> EnumOrbitals();
 
-    /// The highest principal quantum number of the catalogue: always 4.
-    int16_t HighestN() const { return 4; }
+    /// The highest principal quantum number of the catalogue.
+    int16_t HighestN() const;
 
     /// Shows the about box through the host's presenter (about/about_box.h): modal first,
     /// then top-most. Does nothing when no presenter is installed.

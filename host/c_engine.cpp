@@ -3,6 +3,7 @@
 #include <new>
 #include <string>
 
+#include "electron/catalogue.h"
 #include "engine/cOrbitalCol.h"
 #include "host/c_guard.h"
 #include "host/c_objects.h"
@@ -14,6 +15,9 @@ using veltara::host::kNullArgument;
 using veltara::host::kNullObject;
 using veltara::host::ToC;
 using veltara::host::ToEngine;
+
+// The C header states the catalogue's size as a literal for C callers; it follows the table.
+static_assert(VT_CATALOGUE_SIZE == veltara::kCatalogueSize);
 
 namespace {
 
@@ -64,7 +68,7 @@ int32_t vt_enum_orbitals_into(vt_engine* e, vt_OrbInfo* out, int32_t capacity, i
     });
 }
 
-int32_t vt_enum_orbitals(vt_engine* e, vt_OrbInfo out[40]) {
+int32_t vt_enum_orbitals(vt_engine* e, vt_OrbInfo out[VT_CATALOGUE_SIZE]) {
     int32_t count = 0;
     if (e != nullptr && out == nullptr) return kNullArgument;
     return vt_enum_orbitals_into(e, out, VT_CATALOGUE_SIZE, &count);

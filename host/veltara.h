@@ -132,7 +132,7 @@ typedef struct vt_OrbitalSetup {
     int16_t DotTarget;    /* dots wanted */
     uint8_t DotThreshold; /* a dot needs a probability level above this (0..255) */
     uint8_t Reserved;
-    int16_t OrbitalIndex;    /* catalogue index 0..39 */
+    int16_t OrbitalIndex;    /* catalogue index 0..VT_CATALOGUE_SIZE - 1 */
     int32_t OrbitalViewMode; /* VT_PDF or VT_DRPDF */
 } vt_OrbitalSetup;
 
@@ -226,28 +226,28 @@ VT_API void vt_engine_free(vt_engine *e);
 VT_API int32_t vt_create(vt_engine **out);
 VT_API void vt_destroy(vt_engine *e);
 
-/* Number of entries in the orbital catalogue. */
+/* Number of entries in the orbital catalogue (the engine checks it against its table). */
 #define VT_CATALOGUE_SIZE 40
 
-/* The catalogue entries, index 0..39, in catalogue order, into out (capacity records).
+/* The catalogue entries, index 0..VT_CATALOGUE_SIZE - 1, in catalogue order, into out (capacity records).
  * count (out): VT_CATALOGUE_SIZE. Pass out NULL and capacity 0 to ask for the count only.
  * Returns VT_OK, VT_ERR_SUBSCRIPT (capacity below the count: nothing copied, count still
  * written), VT_ERR_OBJECT_NOT_SET (e NULL), VT_ERR_ARGUMENT (count NULL, or out NULL with a
  * capacity). */
 VT_API int32_t vt_enum_orbitals_into(vt_engine *e, vt_OrbInfo *out, int32_t capacity,
                                      int32_t *count);
-/* The 1.0 form: the 40 entries into out, which must hold 40 records.
+/* The 1.0 form: the VT_CATALOGUE_SIZE entries into out, which must hold as many records.
  * Returns VT_OK, VT_ERR_OBJECT_NOT_SET (e NULL), VT_ERR_ARGUMENT (out NULL). */
-VT_API int32_t vt_enum_orbitals(vt_engine *e, vt_OrbInfo out[40]);
-/* The highest principal quantum number of the catalogue: always 4 (a constant of the
- * catalogue, so it needs no engine and cannot fail; NULL is answered too). */
+VT_API int32_t vt_enum_orbitals(vt_engine *e, vt_OrbInfo out[VT_CATALOGUE_SIZE]);
+/* The highest principal quantum number of the catalogue (a constant of the catalogue, so it
+ * needs no engine and cannot fail; NULL is answered too). */
 VT_API int16_t vt_highest_n(vt_engine *e);
 
 /* Adds an orbital: samples its probability grid and draws its first dot cloud (the call blocks
  * for the whole calculation; the random generator is seeded from the clock).
  * index (out): its handle, the lowest free slot.
  * Returns VT_OK, VT_ERR_OBJECT_NOT_SET (e NULL; a view other than VT_PDF and VT_DRPDF, or an
- * orbital outside 0..39: the slot stays empty), VT_ERR_OVERFLOW (a byte above 255, a 32768th
+ * orbital outside the catalogue: the slot stays empty), VT_ERR_OVERFLOW (a byte above 255, a 32768th
  * dot, the 32768th slot), VT_ERR_DIVISION_BY_ZERO (a density that is zero over the whole cube,
  * or a first cloud whose every dot lies at the nucleus), VT_ERR_SUBSCRIPT (a first dot cloud
  * without a single dot, e.g. with a clock below 32768 ms), VT_ERR_ARGUMENT (setup or index
@@ -331,10 +331,10 @@ VT_API int32_t vt_get_dots(vt_engine *e, int16_t index, vt_PointArray *dots, int
  * VT_ERR_OBJECT_NOT_SET, VT_ERR_ARGUMENT (grid NULL). */
 VT_API int32_t vt_get_grid(vt_engine *e, int16_t index, uint8_t *grid, size_t size);
 
-/* The normalised density of catalogue orbital `orbital` (0..39) in view `view` at count points,
+/* The normalised density of catalogue orbital `orbital` (0..VT_CATALOGUE_SIZE - 1) in view `view` at count points,
  * each given as x, y, z in Bohr radii (xyz[3 * i] .. xyz[3 * i + 2]): per cubic Bohr radius for
  * VT_PDF, the radially weighted density for VT_DRPDF. Needs no engine. out: count values.
- * Returns VT_OK, VT_ERR_OBJECT_NOT_SET (orbital outside 0..39), VT_ERR_ARGUMENT (a view other
+ * Returns VT_OK, VT_ERR_OBJECT_NOT_SET (orbital outside the catalogue), VT_ERR_ARGUMENT (a view other
  * than VT_PDF and VT_DRPDF, xyz or out NULL with count above 0, and the density's own invalid
  * operations), VT_ERR_OVERFLOW. */
 VT_API int32_t vt_real_density(int16_t orbital, int32_t view, const double *xyz, size_t count,
@@ -399,6 +399,31 @@ VT_API int32_t vt_memdc_size(vt_memdc *m, int32_t *width, int32_t *height);
  * twice is allowed. Returns VT_OK, VT_ERR_OBJECT_NOT_SET. */
 VT_API int32_t vt_memdc_delete(vt_memdc *m);
 
+/* ---- Names of modes, views and sizes ------------------------------------------------- */
+
+/* The tables of names every host reads: render modes (VT_NAMES_MODE), views (VT_NAMES_VIEW)
+ * and picture sizes (VT_NAMES_SIZE). */
+#define VT_NAMES_MODE 0
+#define VT_NAMES_VIEW 1
+#define VT_NAMES_SIZE 2
+
+/* One row: the value (a size's value is its pixel count), the lower-case key hosts accept
+ * ("orthographic"), the title records and JSON use ("Orthographic") and the label people read
+ * ("Dots"); static UTF-8 strings. */
+typedef struct vt_Name {
+    int32_t Value;
+    const char *Key;
+    const char *Title;
+    const char *Label;
+} vt_Name;
+
+/* count (out): the rows of table `table`. Returns VT_OK, VT_ERR_SUBSCRIPT (no such table),
+ * VT_ERR_ARGUMENT (count NULL). */
+VT_API int32_t vt_name_count(int32_t table, int32_t *count);
+/* out: row `row` of table `table`. Returns VT_OK, VT_ERR_SUBSCRIPT (no such table or row),
+ * VT_ERR_ARGUMENT (out NULL). */
+VT_API int32_t vt_name(int32_t table, int32_t row, vt_Name *out);
+
 /* ---- Clock and about box --------------------------------------------------------------- */
 
 /* Replaces the millisecond clock of the calling thread with clock(ctx); NULL restores the
@@ -437,8 +462,8 @@ extern "C" {
  * density of vt_real_density's VT_PDF view to rounding; the sign is that of the orbital's
  * unsquared factors (x for 2Px, xy for 3Dxy, 3z^2 - r^2 for 3Dz2, the radial polynomial
  * positive at the nucleus). Needs no engine.
- * out: count values. Errors: 5 (an averaged shell 30..39: a mixture has no sign; xyz or out
- * NULL with count above 0), 9 (orbital outside 0..39), and the density's own errors (5, 6). */
+ * out: count values. Errors: 5 (an averaged shell: a mixture has no sign; xyz or out
+ * NULL with count above 0), 9 (orbital outside the catalogue), and the density's own errors (5, 6). */
 VT_API int32_t vt_wavefunction(int16_t orbital, const double *xyz, size_t count, double *out);
 
 /* What a chemist reads off an orbital (40 bytes). An averaged shell shares n and l with its
@@ -453,13 +478,13 @@ typedef struct vt_OrbitalFacts {
     double mostProbableRadius; /* where r^2 R_nl(r)^2 is largest, Bohr radii */
 } vt_OrbitalFacts;
 
-/* The facts of catalogue orbital `orbital` (0..39). out: them. Errors: 9 (orbital outside
- * 0..39), 5 (out NULL). */
+/* The facts of catalogue orbital `orbital` (0..VT_CATALOGUE_SIZE - 1). out: them. Errors: 9 (orbital outside
+ * the catalogue), 5 (out NULL). */
 VT_API int32_t vt_orbital_facts(int16_t orbital, vt_OrbitalFacts *out);
 
-/* The radial distribution P(r) = r^2 R_nl(r)^2 of orbital `orbital` (0..39) at count distances
+/* The radial distribution P(r) = r^2 R_nl(r)^2 of orbital `orbital` (0..VT_CATALOGUE_SIZE - 1) at count distances
  * r (Bohr radii, not negative); it integrates to 1 over r.
- * out: count values. Errors: 9 (orbital outside 0..39), 5 (a negative or NaN distance; r or
+ * out: count values. Errors: 9 (orbital outside the catalogue), 5 (a negative or NaN distance; r or
  * out NULL with count above 0), 6 (an infinite distance). */
 VT_API int32_t vt_radial_distribution(int16_t orbital, const double *r, size_t count, double *out);
 

@@ -103,7 +103,7 @@ struct OrbitalSetup {
     int16_t DotTarget = 0;     ///< dots wanted
     uint8_t DotThreshold = 0;  ///< lowest scaled probability a dot may have (unsigned)
     uint8_t Reserved = 0;
-    int16_t OrbitalIndex = 0;  ///< catalogue index 0..39
+    int16_t OrbitalIndex = 0;  ///< catalogue index, 0 .. the catalogue size - 1
     ViewMode OrbitalViewMode = ViewMode::PDF;
 };
 

@@ -92,7 +92,7 @@ class OrbitalRenderer : public cOrbital {
   private:
     /// Sets the scale factor of this renderer's view on the electron.
     void SetScaleFactor(double factor);
-    /// The electron, or error 91 when the catalogue gave none (an index outside 0..39).
+    /// The electron, or error 91 when the catalogue gave none (an index outside the catalogue).
     cElectron& LiveElectron();
     /// The radial view's maximum search (the density view's is a fixed grid refinement).
     double FindMaxRadialDistribution();

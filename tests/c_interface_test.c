@@ -38,7 +38,7 @@ _Static_assert(VT_ERR_DIVISION_BY_ZERO == 11 && VT_ERR_TYPE_MISMATCH == 13, "err
 _Static_assert(VT_ERR_OBJECT_NOT_SET == 91, "error numbers");
 _Static_assert(VT_VERSION_MAJOR == 1 && VT_VERSION_MINOR == 1 && VT_VERSION_PATCH == 0, "1.1.0");
 _Static_assert(VT_PICTURE_EDGE(VT_MAIN) == 375 && VT_PICTURE_EDGE(VT_NANO) == 127, "edges");
-_Static_assert(VT_CATALOGUE_SIZE == 40 && VT_GRID_SIZE == 128, "sizes");
+_Static_assert(VT_GRID_SIZE == 128, "sizes");
 
 static int passed = 0, failed = 0;
 
@@ -93,9 +93,12 @@ static void test_names_and_catalogue(void) {
                     {VT_ERR_OBJECT_NOT_SET, "Object variable or With block variable not set"},
                     {12345, "Unknown error"}};
     vt_engine *e = NULL;
-    vt_OrbInfo info[41];
+    vt_OrbInfo info[VT_CATALOGUE_SIZE + 1];
     vt_RenderRequest r;
-    int32_t count = -1;
+    vt_Name name;
+    const int32_t last = VT_CATALOGUE_SIZE - 1;
+    int32_t count = -1, rows = 0;
+    int16_t highest = 0;
     size_t k;
     for (k = 0; k < sizeof messages / sizeof messages[0]; ++k) {
         CHECK(strcmp(vt_error_text(messages[k].number), messages[k].text) == 0);
@@ -119,23 +122,38 @@ static void test_names_and_catalogue(void) {
 
     /* The catalogue into arrays with their capacities: count only, too short, exact. */
     CHECK_RC(vt_enum_orbitals_into(e, NULL, 0, &count), VT_OK);
-    CHECK(count == 40);
-    info[39].Name = NULL;
-    CHECK_RC(vt_enum_orbitals_into(e, info, 39, &count), VT_ERR_SUBSCRIPT);
-    CHECK(count == 40 && info[39].Name == NULL);
-    info[40].Name = "untouched";
-    CHECK_RC(vt_enum_orbitals_into(e, info, 41, &count), VT_OK);
-    CHECK(strcmp(info[40].Name, "untouched") == 0);
+    CHECK(count == VT_CATALOGUE_SIZE);
+    info[last].Name = NULL;
+    CHECK_RC(vt_enum_orbitals_into(e, info, last, &count), VT_ERR_SUBSCRIPT);
+    CHECK(count == VT_CATALOGUE_SIZE && info[last].Name == NULL);
+    info[last + 1].Name = "untouched";
+    CHECK_RC(vt_enum_orbitals_into(e, info, last + 2, &count), VT_OK);
+    CHECK(strcmp(info[last + 1].Name, "untouched") == 0);
     CHECK(strcmp(info[9].Name, "3Dz\xC2\xB2") == 0 && info[9].n == 3 && info[9].l == 2);
     CHECK(strcmp(info[30].Name, "1S") == 0 && info[30].OrbType == VT_AVERAGE_ORBS);
     CHECK(strcmp(info[26].Name, "4Fz(x\xC2\xB2-y\xC2\xB2)") == 0 && info[3].M == -1);
-    CHECK_RC(vt_enum_orbitals_into(e, NULL, 40, &count), VT_ERR_ARGUMENT);
-    CHECK_RC(vt_enum_orbitals_into(e, info, 40, NULL), VT_ERR_ARGUMENT);
-    CHECK_RC(vt_enum_orbitals_into(NULL, info, 40, &count), VT_ERR_OBJECT_NOT_SET);
+    CHECK_RC(vt_enum_orbitals_into(e, NULL, count, &count), VT_ERR_ARGUMENT);
+    CHECK_RC(vt_enum_orbitals_into(e, info, count, NULL), VT_ERR_ARGUMENT);
+    CHECK_RC(vt_enum_orbitals_into(NULL, info, count, &count), VT_ERR_OBJECT_NOT_SET);
     CHECK_RC(vt_enum_orbitals(e, info), VT_OK);
     CHECK_RC(vt_enum_orbitals(e, NULL), VT_ERR_ARGUMENT);
     CHECK_RC(vt_enum_orbitals(NULL, info), VT_ERR_OBJECT_NOT_SET);
-    CHECK(vt_highest_n(NULL) == 4);
+    for (k = 0; k < VT_CATALOGUE_SIZE; ++k) highest = info[k].n > highest ? info[k].n : highest;
+    CHECK(vt_highest_n(NULL) == highest);
+
+    /* The names of modes, views and sizes, each row with its enumeration's value. */
+    CHECK_RC(vt_name_count(VT_NAMES_MODE, &rows), VT_OK);
+    CHECK(rows == 5);
+    CHECK_RC(vt_name(VT_NAMES_MODE, 2, &name), VT_OK);
+    CHECK(name.Value == VT_ANAGLYPH && strcmp(name.Key, "anaglyph") == 0 &&
+          strcmp(name.Title, "Anaglyph") == 0);
+    CHECK_RC(vt_name(VT_NAMES_VIEW, 1, &name), VT_OK);
+    CHECK(name.Value == VT_DRPDF && strcmp(name.Key, "drpdf") == 0);
+    CHECK_RC(vt_name(VT_NAMES_SIZE, 1, &name), VT_OK);
+    CHECK(name.Value == VT_NANO && strcmp(name.Title, "Nano") == 0);
+    CHECK_RC(vt_name(VT_NAMES_SIZE, 2, &name), VT_ERR_SUBSCRIPT);
+    CHECK_RC(vt_name_count(3, &rows), VT_ERR_SUBSCRIPT);
+    CHECK_RC(vt_name(VT_NAMES_MODE, 0, NULL), VT_ERR_ARGUMENT);
     vt_engine_free(e);
     vt_engine_free(NULL);
 }

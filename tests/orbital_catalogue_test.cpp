@@ -7,8 +7,10 @@
 #include <cmath>
 #include <cstring>
 #include <numbers>
+#include <optional>
 #include <vector>
 
+#include "electron/catalogue.h"
 #include "electron/modOrbitals.h"
 #include "test_support.h"
 
@@ -24,7 +26,7 @@ constexpr OptFactor F16xz = OptFactor::F16xz, F32 = OptFactor::F32;
 
 // Name; atom radius and dot threshold of the PDF and the DRPDF view; n, l, M; type; the
 // symmetry class of the PDF and the DRPDF view.
-const OrbInfo kCatalogue[40] = {
+const OrbInfo kCatalogue[] = {
     {u"1S", 2, 3, 30, 50, 1, 0, 0, S, F32, F16xy},
     {u"2S", 8, 10, 30, 50, 2, 0, 0, S, F32, F16xy},
     {u"2Px", 8, 10, 50, 50, 2, 1, 1, S, F16yz, F8},
@@ -86,7 +88,7 @@ const View kViews[2] = {
 /// Runs check(electron, its entry, view, view number, orbital index) on the 80 pairs.
 template <class F>
 void ForEachPair(F check) {
-    for (int16_t i = 0; i < 40; ++i) {
+    for (int16_t i = 0; i < kCatalogueSize; ++i) {
         for (int v = 0; v < 2; ++v) {
             SCOPED_TRACE(testing::Message() << "orbital " << i << (v == 0 ? " PDF" : " DRPDF"));
             auto e = CreateElectron(i);
@@ -121,8 +123,28 @@ double Hydrogen(const OrbInfo& o, double x, double y, double z) {
 }
 
 TEST(modOrbitals, EveryIndexGivesItsCatalogueEntryAndNoOtherIndexGivesAnObject) {
-    for (int16_t i = 0; i < 40; ++i) EXPECT_EQ(CreateElectron(i)->GetInfo(), kCatalogue[i]) << i;
-    for (int i : {-32768, -1, 40, 32767}) EXPECT_EQ(CreateElectron(int16_t(i)), nullptr) << i;
+    for (int16_t i = 0; i < kCatalogueSize; ++i)
+        EXPECT_EQ(CreateElectron(i)->GetInfo(), kCatalogue[i]) << i;
+    for (int i : {-32768, -1, int{kCatalogueSize}, 32767})
+        EXPECT_EQ(CreateElectron(int16_t(i)), nullptr) << i;
+}
+
+TEST(Catalogue, EachRowNamesItsRealHydrogenStateAndOnlyThatStateFindsTheRow) {
+    static_assert(std::size(kCatalogue) == kCatalogueSize);
+    for (int16_t i = 0; i < kCatalogueSize; ++i) {
+        const OrbInfo& o = kCatalogue[i];
+        State s{o.n, o.l, o.M, Basis::Real, 1, o.OrbType == A};
+        EXPECT_EQ(CatalogueState(i), s) << i;
+        EXPECT_EQ(CatalogueIndexOf(s), std::optional<int16_t>(i)) << i;
+        State ion = s;
+        ion.Z = 2;
+        EXPECT_EQ(CatalogueIndexOf(ion), std::nullopt) << i;
+        s.basis = Basis::Complex;
+        EXPECT_EQ(CatalogueIndexOf(s), std::nullopt) << i;
+    }
+    EXPECT_EQ(CatalogueIndexOf(State{5, 0, 0}), std::nullopt);
+    EXPECT_EQ(CatalogueIndexOf(State{4, 3, 1, Basis::Real, 1, true}), std::nullopt);
+    for (int i : {-1, int{kCatalogueSize}}) EXPECT_VT_ERROR(CatalogueState(int16_t(i)), 9);
 }
 
 TEST(cElectron, DensityIsTheHydrogenWavefunctionWithExactlyTheMirrorPlanesOfItsClass) {
@@ -175,7 +197,7 @@ TEST(cElectron, RealDensityIntegratesToOne) {
                             0.8611363115940526};
     const double weight[4] = {0.3478548451374538, 0.6521451548625461, 0.6521451548625461,
                               0.3478548451374538};
-    for (int16_t i = 0; i < 40; ++i) {
+    for (int16_t i = 0; i < kCatalogueSize; ++i) {
         auto e = CreateElectron(i);
         double total = 0;
         for (int panel = 0; panel < 480; ++panel) {

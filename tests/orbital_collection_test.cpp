@@ -1,7 +1,9 @@
 // The orbital collection's slots, indices and errors, and the main class, with real orbitals.
+#include <algorithm>
 #include <string>
 
 #include "about/about_box.h"
+#include "electron/catalogue.h"
 #include "engine/cVeltara.h"
 #include "picture_test_support.h"
 
@@ -28,7 +30,7 @@ std::string Occupancy(const cOrbitalCol& c) {
 
 TEST(cOrbitalCol, SlotSequences) {
     vt_test::FixedClock clock(100000);
-    // 'A' Add (the index expected), 'V' Add of an unknown view, 'O' Add of orbital 40 (both
+    // 'A' Add (the index expected), 'V' Add of an unknown view, 'O' Add of the first index past the catalogue (both
     // raise 91), 'D' Delete(index); then the slots afterwards.
     struct Step {
         char op;
@@ -59,7 +61,7 @@ TEST(cOrbitalCol, SlotSequences) {
         for (const Step& s : steps) {
             OrbitalSetup setup = Small();
             if (s.op == 'V') setup.OrbitalViewMode = static_cast<ViewMode>(2);
-            if (s.op == 'O') setup.OrbitalIndex = 40;
+            if (s.op == 'O') setup.OrbitalIndex = kCatalogueSize;
             if (s.op == 'D') {
                 col.Delete(s.value);
             } else if (s.op == 'A') {
@@ -138,10 +140,12 @@ TEST(cVeltara, OrbitalsCatalogueAndAbout) {
     EXPECT_EQ(Occupancy(*first), "#");
 
     const std::vector<OrbInfo> a = v.EnumOrbitals();
-    ASSERT_EQ(a.size(), 40u);
+    ASSERT_EQ(a.size(), size_t{kCatalogueSize});
     EXPECT_EQ(a[9].Name, u"3Dz\u00b2");
     EXPECT_EQ(a[30].OrbType, OrbitalType::AverageOrbs);
-    EXPECT_EQ(v.HighestN(), 4);
+    int16_t highest = 0;
+    for (const OrbInfo& info : a) highest = std::max(highest, info.n);
+    EXPECT_EQ(v.HighestN(), highest);
 
     struct Presenter : AboutPresenter {
         void ShowModal(const AboutBox& box) override { calls += "show:" + box.Caption + ";"; }

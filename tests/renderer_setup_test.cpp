@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 
+#include "electron/catalogue.h"
 #include "picture_test_support.h"
 
 namespace {
@@ -65,7 +66,7 @@ TEST(OrbitalRenderer, EdgeCases) {
          nullptr},
         {"a clock below 32768 ms seeds 0, a stuck generator: no first cloud",
          Defaults(9, ViewMode::PDF), 30000, 9, nullptr},
-        {"no orbital 40: the renderer has no electron", Defaults(0, ViewMode::PDF), 100000, 91,
+        {"no orbital past the catalogue: the renderer has no electron", Defaults(0, ViewMode::PDF), 100000, 91,
          nullptr},
         {"2S at its defaults: the outer shell (beyond the node at 2 Bohr, 31.75 grid steps) peaks "
          "at 4 e^-4 / 4 of the centre, below the threshold 30 of 255: no dot there",
@@ -89,7 +90,7 @@ TEST(OrbitalRenderer, EdgeCases) {
         SCOPED_TRACE(c.what);
         cOrbitalCol col;
         OrbitalSetup setup = c.setup;
-        if (c.addError == 91) setup.OrbitalIndex = 40;
+        if (c.addError == 91) setup.OrbitalIndex = kCatalogueSize;
         clock.Set(c.clock);
         if (c.addError != 0) {
             EXPECT_VT_ERROR(col.Add(setup), c.addError);
