@@ -132,7 +132,7 @@ export class Scene3D {
       g.setIndex(new THREE.BufferAttribute(s.mesh.triangles, 1));
       g.computeVertexNormals();
       const mesh = new THREE.Mesh(g, new THREE.MeshLambertMaterial({ vertexColors: true,
-        transparent: true, opacity: 0.38, side: THREE.DoubleSide, depthWrite: false }));
+        transparent: true, opacity: 0.3, side: THREE.DoubleSide, depthWrite: false }));
       mesh.name = 'surface';
       scene.add(mesh);
     }
@@ -199,7 +199,11 @@ export class Scene3D {
       const v = new THREE.Vector3();
       v.setComponent(a, this.radius * 1.05);
       v.project(this.camera);
-      if (v.z < 1) put(name, left + ((v.x + 1) / 2) * w, top + ((1 - v.y) / 2) * h, 'axis');
+      // Kept inside the panel, so a long axis still shows its name at the edge.
+      const clamp = (u, lo, hi) => Math.min(hi, Math.max(lo, u));
+      if (v.z < 1) {
+        put(name, left + clamp(((v.x + 1) / 2) * w, 10, w - 10), top + clamp(((1 - v.y) / 2) * h, 10, h - 10), 'axis');
+      }
     });
     if (title) put(title, left + 8, top + 6, 'title');
   }

@@ -7,10 +7,13 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "electron/boundary_surface.h"
+#include "electron/catalogue.h"
+#include "electron/radius_holding.h"
 #include "electron/sampling.h"
 #include "electron/state.h"
 #include "electron/state_facts.h"
