@@ -206,12 +206,12 @@ function VeltaraApi(M) {
         return JSON.parse(M.UTF8ToString(view().getUint32(at.i32, true)));
       });
     },
-    /** `count` exact samples at time t: xyz (Float32Array, Bohr radii) and phase (radians). */
+    /** `count` exact samples at time t: xyz (Float32Array, Bohr radii), phase (radians), density. */
     sample(text, t, seed, count, weight) {
-      return withText(text, (s) => withBuffer(count * 16, (b) => {
-        checkState(M._vtw_state_sample(s, t, seed, count, weight, b, b + count * 12));
-        return { xyz: new Float32Array(M.HEAPU8.slice(b, b + count * 12).buffer),
-          phase: new Float32Array(M.HEAPU8.slice(b + count * 12, b + count * 16).buffer) };
+      return withText(text, (s) => withBuffer(count * 20, (b) => {
+        checkState(M._vtw_state_sample(s, t, seed, count, weight, b, b + count * 12, b + count * 16));
+        const floats = (from, to) => new Float32Array(M.HEAPU8.slice(b + count * from, b + count * to).buffer);
+        return { xyz: floats(0, 12), phase: floats(12, 16), density: floats(16, 20) };
       }));
     },
     /** The boundary surface holding `fraction` of the probability at time t. */

@@ -94,7 +94,7 @@ const operations = {
       const n = bytes.length / 8;
       const xyz = new Float32Array(3 * n);
       for (let i = 0; i < 3 * n; i++) xyz[i] = (v.getInt16(8 * Math.floor(i / 3) + 2 * (i % 3), true) * radius) / 127;
-      return { xyz, phase: new Float32Array(n) };
+      return { xyz, phase: new Float32Array(n), density: null };
     } finally {
       api.remove(handle);
       api.setClock(seed, true);
@@ -113,7 +113,7 @@ self.onmessage = async ({ data }) => {
     const api = await ready;
     const result = operations[op](api, ...args);
     const transfer = result && result.bgra ? [result.bgra.buffer] : [];
-    for (const key of ['xyz', 'phase', 'triangles']) if (result && result[key]) transfer.push(result[key].buffer);
+    for (const key of ['xyz', 'phase', 'density', 'triangles']) if (result && result[key]) transfer.push(result[key].buffer);
     self.postMessage({ id, result }, transfer);
   } catch (e) {
     self.postMessage({ id, error: { number: e.number || 0, message: String(e.message || e) } });

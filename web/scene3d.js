@@ -26,6 +26,18 @@ export function phaseColour(phase, palette, real) {
   return c.set(SAFE_WHEEL[i]).lerp(new THREE.Color(SAFE_WHEEL[(i + 1) % 4]), at - Math.floor(at));
 }
 
+// Viridis (the perceptually uniform map of matplotlib) at nine stops, for probability levels.
+export const VIRIDIS = ['#440154', '#472d7b', '#3b528b', '#2c728e', '#21918c', '#28ae80', '#5ec962', '#addc30', '#fde725'];
+export function viridis(v) {
+  const at = Math.min(1, Math.max(0, v)) * (VIRIDIS.length - 1);
+  const i = Math.min(VIRIDIS.length - 2, Math.floor(at));
+  return new THREE.Color(VIRIDIS[i]).lerp(new THREE.Color(VIRIDIS[i + 1]), at - i);
+}
+
+/** The wheel's colours as CSS, for a legend: the signs, or the wheel at quarter turns. */
+export const legendColours = (palette) => (palette === 'safe' ? SAFE_WHEEL
+  : [CLASSIC.positive, '#8cff3c', CLASSIC.negative, '#ff3cf0']);
+
 function niceLength(maxBohr) {
   for (const v of [100, 50, 20, 10, 5, 2, 1, 0.5, 0.2, 0.1]) if (v <= maxBohr) return v;
   return 0.1;
@@ -47,6 +59,7 @@ export class Scene3D {
     this.panels = [];
     this.radius = 10;
     this.palette = 'safe';
+    this.colouring = 'phase';
     this.resetView();
     new ResizeObserver(() => this.resize()).observe(canvas.parentElement);
     canvas.addEventListener('keydown', (ev) => this.onKey(ev));
@@ -108,7 +121,13 @@ export class Scene3D {
       const count = s.xyz.length / 3;
       const colours = new Float32Array(count * 3);
       const cache = new Map();
+      // Probability levels: viridis over three decades of density below the highest dot's.
+      const top = this.colouring === 'levels' && s.density ? Math.max(...s.density) : 0;
       for (let i = 0; i < count; i++) {
+        if (top > 0) {
+          viridis(1 + Math.log10(Math.max(s.density[i] / top, 1e-6)) / 3).toArray(colours, 3 * i);
+          continue;
+        }
         const key = s.real ? (Math.cos(s.phase[i]) >= 0 ? 0 : 1) : Math.round(s.phase[i] * 64);
         if (!cache.has(key)) cache.set(key, phaseColour(s.real ? key * Math.PI : key / 64, this.palette, s.real));
         const c = cache.get(key);

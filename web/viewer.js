@@ -2,7 +2,7 @@
 // this script keeps the page's state (the state's text form and the view's settings, all in the
 // link), asks the worker for exact samples, surfaces and numbers, and shows them in the 3-D view
 // (scene3d.js), the classic views (classic.js) or side by side (Compare).
-import { Scene3D } from './scene3d.js';
+import { Scene3D, VIRIDIS, legendColours } from './scene3d.js';
 import { plotRadial } from './radial_plot.js';
 import { buildPicker, showNumbers } from './state_picker.js';
 import * as classic from './classic.js';
@@ -13,7 +13,7 @@ const EV_PER_HARTREE = 27.211386;
 const PM_PER_BOHR = 52.9177;
 const FS_PER_AU = 0.024188843; // femtoseconds per hbar/E_h
 const DEFAULT_STATE = '2,1,0';
-const SURFACE_RESOLUTION = 48;
+const SURFACE_RESOLUTION = 40;
 const START_SEED = 40000; // the engine's clock reading for a seed: 32768 .. 2^31 - 1
 
 // ---- The engine, in its worker ----
@@ -76,12 +76,13 @@ const state = {
   dots: null,
   compare: [],
   busy: false,
-  timings: { firstPicture: null, shows: [] },
+  timings: { firstPicture: null, shows: [], dots: [], surfaces: [] },
 };
 let scene;
 
 const kind = () => document.querySelector('input[name=kind]:checked').value;
 const settings = () => ({ count: Number($('dotCount').value), surface: $('showSurface').checked,
+  colouring: $('colouring').value,
   fraction: Number($('fraction').value) / 100, palette: $('palette').value, weight: Number($('weight').value) });
 
 // The radius that holds (nearly) all of a state: the scene's scale.
@@ -136,9 +137,9 @@ async function refresh() {
   }
 }
 
-async function panelOf(text, info, withSurface) {
+async function panelOf(text, info, withSurface, sampled = null) {
   const s = settings();
-  const dots = await engine('sample', text, state.t, state.seed, s.count, s.weight);
+  const dots = sampled || await engine('sample', text, state.t, state.seed, s.count, s.weight);
   let mesh = null;
   if (withSurface && s.surface && state.statesKnown && s.weight === 0) {
     try {
@@ -147,14 +148,40 @@ async function panelOf(text, info, withSurface) {
       explain(e, 'The boundary surface could not be made.');
     }
   }
-  return { ...dots, real: info.real, mesh, title: text };
+  return { xyz: dots.xyz, phase: dots.phase, density: dots.density, real: info.real, mesh, title: text };
 }
 
+// What the colours mean, over the picture.
+function showLegend(real) {
+  const s = settings();
+  const swatch = (colour, cls = '') => `<i class="${cls}" style="background:${colour}"></i>`;
+  const c = legendColours(s.palette);
+  $('legend').innerHTML = s.colouring === 'levels'
+    ? `rare ${swatch(`linear-gradient(90deg, ${VIRIDIS.join(',')})`, 'bar')} likely`
+    : real ? `${swatch(c[0])} ψ > 0 ${swatch(c[2])} ψ < 0`
+      : `phase ${swatch(`conic-gradient(from 90deg, ${[...c, c[0]].join(',')})`)} 0 → 2π`;
+}
+
+// The dots first, then the surface over them (it takes longer), unless another state came first.
+let generation = 0;
 async function show3d() {
+  const mine = ++generation;
   scene.palette = settings().palette;
-  const panel = await panelOf(state.text, state.info, true);
+  scene.colouring = settings().colouring;
+  showLegend(state.info.real);
+  const started = performance.now();
+  const panel = await panelOf(state.text, state.info, false);
+  if (mine !== generation) return;
   state.dots = panel;
   scene.show([panel], reach(state.info));
+  if (state.timings.firstPicture === null) state.timings.firstPicture = performance.now();
+  state.timings.dots.push(performance.now() - started);
+  if (!settings().surface) return;
+  const withSurface = await panelOf(state.text, state.info, true, panel);
+  if (mine !== generation || !withSurface.mesh) return;
+  state.dots = withSurface;
+  scene.update(0, withSurface);
+  state.timings.surfaces.push(performance.now() - started);
 }
 
 async function showClassic() {
@@ -186,6 +213,8 @@ async function showCompare() {
     }
   }
   scene.palette = settings().palette;
+  scene.colouring = settings().colouring;
+  showLegend(infos.every((i) => i.real));
   const panels = [];
   for (const info of infos) panels.push(await panelOf(info.text, info, true));
   state.compare = infos.map((i) => i.text);
@@ -198,7 +227,7 @@ function describeKind(info) {
   if (info.terms.length > 1) return `a superposition of ${info.terms.length} states`;
   const t = info.terms[0];
   if (t.average) return `the average of all ${t.n}${'spdf'[t.l]} orbitals: round, with no sign`;
-  if (t.complex) return `complex, with a definite m = ${t.m} (angular momentum ${t.m} ħ about z)`;
+  if (t.complex) return `complex, with a definite m = ${fixed(t.m, 0)} (angular momentum ${fixed(t.m, 0)} ħ about z)`;
   if (t.m === 0) return 'real, m = 0';
   return `real: the combination of m = +${Math.abs(t.m)} and m = −${Math.abs(t.m)} (${t.m > 0 ? 'cos' : 'sin'} ${Math.abs(t.m)}φ)`;
 }
@@ -273,7 +302,7 @@ async function frame(now) {
   const s = settings();
   const dots = await engine('sample', state.text, state.t, state.seed, s.count, s.weight);
   if (!state.playing) return;
-  state.dots = { ...dots, real: state.info.real, mesh: null, title: state.text };
+  state.dots = { xyz: dots.xyz, phase: dots.phase, density: dots.density, real: state.info.real, mesh: null, title: state.text };
   scene.update(0, state.dots);
   showTime();
   document.body.dataset.frames = String(Number(document.body.dataset.frames || 0) + 1);
@@ -311,6 +340,7 @@ function updateLink() {
   p.set('surface', s.surface ? 1 : 0);
   p.set('f', Math.round(s.fraction * 100));
   p.set('palette', s.palette);
+  p.set('colours', s.colouring);
   p.set('w', s.weight);
   p.set('seed', state.seed);
   if (state.t) p.set('t', String(state.t));
@@ -329,6 +359,7 @@ function readLink() {
   };
   pick('dotCount', p.get('dots'), ['5000', '20000', '50000']);
   pick('palette', p.get('palette'), ['safe', 'classic']);
+  pick('colouring', p.get('colours'), ['phase', 'levels']);
   pick('weight', p.get('w'), ['0', '1']);
   if (p.has('surface')) $('showSurface').checked = p.get('surface') === '1';
   const f = Number(p.get('f'));
@@ -362,7 +393,7 @@ function wire() {
       refresh();
     });
   }
-  for (const id of ['dotCount', 'showSurface', 'palette', 'weight']) $(id).addEventListener('change', () => refresh());
+  for (const id of ['dotCount', 'showSurface', 'palette', 'colouring', 'weight']) $(id).addEventListener('change', () => refresh());
   $('fraction').addEventListener('input', () => { $('fractionOut').textContent = `${$('fraction').value} %`; });
   $('fraction').addEventListener('change', () => refresh());
   $('compareApply').addEventListener('click', () => refresh());

@@ -127,10 +127,11 @@ EMSCRIPTEN_KEEPALIVE int32_t vtw_state_describe(const char* text, const char** j
 }
 
 /// `count` exact samples of the state `text` at time t (hbar/E_h): xyz (out, 3 count floats,
-/// Bohr radii) and phase (out, count floats, radians). weight 0: |Psi|^2; 1: the radial view.
+/// Bohr radii), phase (out, count floats, radians) and density (out, count floats, |Psi|^2 per
+/// Bohr^3 at each point). weight 0: |Psi|^2; 1: the radial view.
 EMSCRIPTEN_KEEPALIVE int32_t vtw_state_sample(const char* text, double t, double seed,
                                               int32_t count, int32_t weight, float* xyz,
-                                              float* phase) {
+                                              float* phase, float* density) {
     return Guard([&] {
         if (count < 0) veltara::Raise(5, "the number of dots must be 0 or more");
         const veltara::Superposition s = veltara::ParseState(text);
@@ -140,8 +141,13 @@ EMSCRIPTEN_KEEPALIVE int32_t vtw_state_sample(const char* text, double t, double
         veltara::Sample(s, t, static_cast<uint64_t>(seed), n,
                         weight ? veltara::SampleWeight::RadialView : veltara::SampleWeight::Density,
                         points.data(), phases.data());
+        std::vector<double> densities(n);
+        veltara::DensityBatch(s, t, points.data(), n, densities.data());
         for (size_t i = 0; i < 3 * n; ++i) xyz[i] = static_cast<float>(points[i]);
-        for (size_t i = 0; i < n; ++i) phase[i] = static_cast<float>(phases[i]);
+        for (size_t i = 0; i < n; ++i) {
+            phase[i] = static_cast<float>(phases[i]);
+            density[i] = static_cast<float>(densities[i]);
+        }
     });
 }
 
