@@ -23,9 +23,9 @@
 
 namespace {
 
-std::string gMessage;                // the sentence of the last refusal
-std::string gReport;                 // the last description, as JSON
-veltara::SurfaceMesh gMesh;          // the last surface
+std::string gMessage;        // the sentence of the last refusal
+std::string gReport;         // the last description, as JSON
+veltara::SurfaceMesh gMesh;  // the last surface
 
 template <class F>
 int32_t Guard(F&& f) {
@@ -155,8 +155,7 @@ EMSCRIPTEN_KEEPALIVE int32_t vtw_state_sample(const char* text, double t, double
 /// vertices and triangles; level (out): the |Psi|^2 it follows. The mesh stays until the next
 /// call: vtw_surface_xyz/triangles/phase point at it.
 EMSCRIPTEN_KEEPALIVE int32_t vtw_state_surface(const char* text, double t, double fraction,
-                                               int32_t resolution, int32_t* counts,
-                                               double* level) {
+                                               int32_t resolution, int32_t* counts, double* level) {
     return Guard([&] {
         const veltara::Superposition s = veltara::ParseState(text);
         *level = veltara::EnclosingLevel(s, t, fraction);
