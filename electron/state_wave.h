@@ -18,7 +18,8 @@ class cElectron;
 /// angular function of its terms, and each coefficient times e^(-i E t). The free functions
 /// below prepare one per call; callers evaluating many points keep one instead.
 /// Errors (of the operations): 5 with a sentence for a non-finite coordinate; Psi also for a
-/// shell average.
+/// shell average; a catalogue row's density and radial view also the catalogue's own errors
+/// (6 where the squares of the coordinates overflow).
 class WaveEvaluator {
   public:
     /// Raises 5 with a sentence for a non-finite t.
@@ -55,7 +56,8 @@ double Density(const Superposition& s, double x, double y, double z, double t);
 /// catalogue's radial view bit for bit.
 double RadialView(const Superposition& s, double x, double y, double z, double t);
 
-/// The batch forms: out[i] is the point form at (xyz[3i], xyz[3i + 1], xyz[3i + 2]).
+/// The batch forms: out[i] is the point form at (xyz[3i], xyz[3i + 1], xyz[3i + 2]), bit for
+/// bit. On an error at a point the values before it are written. Errors: as the point forms.
 void PsiBatch(const Superposition& s, double t, const double* xyz, size_t count,
               std::complex<double>* out);
 void DensityBatch(const Superposition& s, double t, const double* xyz, size_t count, double* out);
@@ -67,7 +69,8 @@ void RadialViewBatch(const Superposition& s, double t, const double* xyz, size_t
 double RadialR(int32_t n, int32_t l, int32_t Z, double r);
 
 /// P(r) = r² times the integral of |Psi(t)|² over the sphere of radius r, per Bohr: the sum
-/// of |c_k|² r² R_k² and the cross terms of terms that share l and m.
+/// of |c_k|² r² R_k² and the cross terms of terms that share l and m. Raises 5 (with a
+/// sentence) for a negative or non-finite r or a non-finite t.
 double RadialDistribution(const Superposition& s, double r, double t);
 
 /// E_n = -Z²/(2n²), hartree.
