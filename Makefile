@@ -1,6 +1,6 @@
-# Veltara: make run (the viewer) | make site | make gallery | make test | make test-python | make bench | make format
+# Veltara: make run (the viewer) | make site | make gallery | make test | make test-python | make bench | make fuzz | make format
 JOBS ?= $(shell nproc)
-.PHONY: setup run site gallery check test test-release test-debug test-python bench format clean
+.PHONY: setup run site gallery check test test-release test-debug test-python test-fuzz fuzz fuzz-build bench format clean
 
 setup:
 	@bash scripts/setup
@@ -13,6 +13,9 @@ build/debug/build.ninja: CMakeLists.txt CMakePresets.json
 
 build/bench/build.ninja: CMakeLists.txt CMakePresets.json
 	cmake --preset bench >/dev/null
+
+build/fuzz/build.ninja: CMakeLists.txt CMakePresets.json fuzz/CMakeLists.txt
+	cmake --preset fuzz >/dev/null
 
 # The viewer as a static site in build/site: the page and the engine compiled to WebAssembly.
 # Any static file server can host the folder (python3 -m http.server -d build/site).
@@ -58,8 +61,23 @@ check: setup
 	bash scripts/check_test_ratio
 	clang-format --dry-run --Werror $$(git ls-files '*.h' '*.cpp' '*.c')
 
-# The suite runs twice: optimised, then under AddressSanitizer and UndefinedBehaviorSanitizer.
-test: check test-release test-debug test-python
+# The libFuzzer targets of fuzz/, built with clang under the sanitizers (warnings are errors, so
+# this build also keeps the code clean under clang). `make fuzz` runs each for FUZZ_SECONDS;
+# the suite runs each for FUZZ_SMOKE_SECONDS from its checked-in seeds.
+FUZZ_SECONDS ?= 600
+FUZZ_SMOKE_SECONDS ?= 60
+fuzz-build: setup build/fuzz/build.ninja
+	cmake --build --preset fuzz -j $(JOBS)
+
+fuzz: fuzz-build
+	bash scripts/run_fuzz $(FUZZ_SECONDS)
+
+test-fuzz: fuzz-build
+	bash scripts/run_fuzz $(FUZZ_SMOKE_SECONDS)
+
+# The suite runs twice: optimised, then under AddressSanitizer and UndefinedBehaviorSanitizer;
+# then the fuzz targets' smoke runs.
+test: check test-release test-debug test-python test-fuzz
 
 bench: setup build/bench/build.ninja
 	cmake --build --preset bench -j $(JOBS)

@@ -26,8 +26,20 @@ int FileError(const std::string& problem) {
 }
 
 int32_t ReadCatalogue(vt_engine* engine, Catalogue& out) {
-    out.entries.assign(40, vt_OrbInfo{});
-    return vt_enum_orbitals(engine, out.entries.data());
+    int32_t count = 0;
+    if (const int32_t rc = vt_enum_orbitals_into(engine, nullptr, 0, &count)) return rc;
+    out.entries.assign(static_cast<size_t>(count), vt_OrbInfo{});
+    return vt_enum_orbitals_into(engine, out.entries.data(), count, &count);
+}
+
+std::string NameKey(int32_t table, int32_t value) {
+    int32_t rows = 0;
+    vt_name_count(table, &rows);
+    for (int32_t i = 0; i < rows; ++i) {
+        vt_Name name{};
+        if (vt_name(table, i, &name) == VT_OK && name.Value == value) return name.Key;
+    }
+    return "";
 }
 
 namespace {

@@ -40,13 +40,17 @@ class Engine {
     vt_engine* mEngine = nullptr;
 };
 
-/// The catalogue, read once: 40 entries in index order.
+/// The catalogue, read once: its entries in index order.
 struct Catalogue {
     std::vector<vt_OrbInfo> entries;
 };
 
 /// Reads the catalogue through an engine; the error number, 0 on success.
 int32_t ReadCatalogue(vt_engine* engine, Catalogue& out);
+
+/// The key of `value` in the engine's table of names `table` (VT_NAMES_MODE, _VIEW, _SIZE);
+/// "" for a value the table does not name.
+std::string NameKey(int32_t table, int32_t value);
 
 /// A fixed clock for reproducible dot clouds (the value every reading returns).
 void FixClock(int32_t ms);

@@ -15,7 +15,8 @@ void AddExportOptions(CLI::App& command, ExportArgs& args) {
                     "Gaussian cube file of the view's values over the whole cube, - for "
                     "standard output: the normalised density in bohr^-3 (pdf), or the radially "
                     "weighted value, which is neither a density nor normalised (drpdf)")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(NamesAFile());
     args.pointsOption = command.add_option("--points", args.points,
                                            "cube: points per axis from -radius to radius, 2..1000");
     args.strideOption =
@@ -27,7 +28,8 @@ void AddExportOptions(CLI::App& command, ExportArgs& args) {
     command
         .add_option("--ply", args.ply,
                     "PLY point cloud of the dots (Bohr, colour, level), - for standard output")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(NamesAFile());
     command.add_option("--ply-format", args.plyFormat, "ascii or binary (little-endian)")
         ->capture_default_str();
     command
@@ -57,6 +59,9 @@ int RunExport(const ExportArgs& args) {
     if (args.quantity != "density" && args.quantity != "psi") {
         return UsageError("--quantity", "'" + args.quantity + "' is neither density nor psi");
     }
+    if (!args.cube.empty() && !args.ply.empty() && SameOutput(args.cube, args.ply)) {
+        return UsageError("--ply", "'" + args.ply + "' names the same file as --cube; give two");
+    }
     if (const int rc = ApplyClock(args.setup)) return rc;
     Session session;
     if (const int rc = OpenSession(session)) return rc;
@@ -73,6 +78,9 @@ int RunExport(const ExportArgs& args) {
     const std::string what = "Veltara " + CommandName(info) + (pdf ? " pdf" : " drpdf") +
                              ", radius " + std::to_string(setup.AtomRadius) + " Bohr";
 
+    // Both files are produced first and replace what was at their paths together.
+    OutputFiles files;
+    std::string wroteCube, wrotePly;
     if (!args.cube.empty()) {
         const CubeGrid grid = byPoints
                                   ? PointsGrid(setup.AtomRadius, static_cast<int32_t>(args.points))
@@ -86,18 +94,16 @@ int RunExport(const ExportArgs& args) {
         std::snprintf(comment, sizeof comment,
                       "%d points per axis, step %.12f Bohr; x outer, y middle, z inner",
                       grid.points, grid.step);
-        std::string problem;
+        WriteOutcome written;
         const int32_t rc =
-            WriteCube(args.cube, static_cast<int16_t>(index),
-                      psi ? kCubePsi : setup.OrbitalViewMode, title, comment, grid, problem);
-        if (rc < 0) return FileError("cannot write " + args.cube + ": " + problem);
+            AddCube(files, args.cube, static_cast<int16_t>(index),
+                    psi ? kCubePsi : setup.OrbitalViewMode, title, comment, grid, written);
+        if (rc < 0) return WriteError(written);
         if (rc > 0) {
             return EngineError(
                 rc, (psi ? "computing psi of " : "computing the density of ") + CommandName(info));
         }
-        // Standard output holds the cube itself when it is "-".
-        std::fprintf(args.cube == "-" ? stderr : stdout, "wrote %s (%d points per axis)\n",
-                     args.cube.c_str(), grid.points);
+        wroteCube = "wrote " + args.cube + " (" + std::to_string(grid.points) + " points per axis)";
     }
 
     if (!args.ply.empty()) {
@@ -114,13 +120,17 @@ int RunExport(const ExportArgs& args) {
         }
         const std::string comment =
             what + " dot cloud; colour and level from the probability level";
-        std::string problem;
-        if (!WritePly(args.ply, dots, setup.AtomRadius, comment, args.plyFormat == "binary",
-                      problem)) {
-            return FileError("cannot write " + args.ply + ": " + problem);
-        }
-        std::fprintf(args.ply == "-" ? stderr : stdout, "wrote %s (%d dots)\n", args.ply.c_str(),
-                     count);
+        const WriteOutcome written =
+            AddPly(files, args.ply, dots, setup.AtomRadius, comment, args.plyFormat == "binary");
+        if (!written.ok) return WriteError(written);
+        wrotePly = "wrote " + args.ply + " (" + std::to_string(count) + " dots)";
+    }
+    if (const int rc = CommitFiles(files)) return rc;
+
+    // Standard output holds a file itself when it is "-".
+    const bool toStdout = args.cube == "-" || args.ply == "-";
+    for (const std::string& line : {wroteCube, wrotePly}) {
+        if (!line.empty()) std::fprintf(toStdout ? stderr : stdout, "%s\n", line.c_str());
     }
     return kExitOk;
 }

@@ -45,8 +45,9 @@ int RunList(const ListArgs& args) {
                 {"l", e.l},
                 {"M", e.M},
                 {"type", e.OrbType == VT_AVERAGE_ORBS ? "average" : "single"},
-                {"pdf", ViewJson(e.DefaultPDFAtomRadius, e.DefaultPDFDotThreshold, e.PDFOptFactor)},
-                {"drpdf",
+                {NameKey(VT_NAMES_VIEW, VT_PDF),
+                 ViewJson(e.DefaultPDFAtomRadius, e.DefaultPDFDotThreshold, e.PDFOptFactor)},
+                {NameKey(VT_NAMES_VIEW, VT_DRPDF),
                  ViewJson(e.DefaultDRPDFAtomRadius, e.DefaultDRPDFDotThreshold, e.DRPDFOptFactor)},
             });
         }

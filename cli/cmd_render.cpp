@@ -1,4 +1,5 @@
-// veltara render: one picture of an orbital, or a gallery of all 40 with a contact sheet.
+// veltara render: one picture of an orbital, or a gallery of the whole catalogue with a contact
+// sheet.
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
@@ -36,13 +37,15 @@ int RenderGallery(Session& session, const RenderArgs& args, const vt_RenderReque
     std::filesystem::create_directories(args.outDir, ec);
     if (ec) return FileError("cannot create " + args.outDir + ": " + ec.message());
 
-    // The contact sheet: the 40 small pictures in 8 columns and 5 rows, in catalogue order, each
+    // The contact sheet: the small pictures in rows of 8, in catalogue order, each
     // labelled with its orbital's name in its bottom left corner.
     constexpr int32_t kColumns = 8, kCell = 128;
     const int32_t count = static_cast<int32_t>(session.catalogue.entries.size());
     const int32_t rows = (count + kColumns - 1) / kColumns;
     RgbImage sheet(kColumns * kCell, rows * kCell);
 
+    // Every picture is produced before any file of an earlier gallery is replaced.
+    OutputFiles files;
     for (int32_t i = 0; i < count; ++i) {
         RgbImage picture, thumbnail;
         if (const int rc = RenderOne(session, args, i, request, picture, &thumbnail)) return rc;
@@ -52,7 +55,7 @@ int RenderGallery(Session& session, const RenderArgs& args, const vt_RenderReque
             (std::filesystem::path(args.outDir) /
              (prefix + FileName(session.catalogue.entries[static_cast<size_t>(i)]) + ".png"))
                 .string();
-        if (const int rc = SavePng(file, picture)) return rc;
+        if (const int rc = AddPngFile(files, file, picture)) return rc;
         const int32_t cellX = (i % kColumns) * kCell, cellY = (i / kColumns) * kCell;
         Blit(sheet, thumbnail, cellX, cellY);
         DrawLabel(sheet, cellX + 1, cellY + kCell - kLabelTextHeight - 6,
@@ -60,7 +63,8 @@ int RenderGallery(Session& session, const RenderArgs& args, const vt_RenderReque
     }
     const std::string sheetFile =
         (std::filesystem::path(args.outDir) / "contact-sheet.png").string();
-    if (const int rc = SavePng(sheetFile, sheet)) return rc;
+    if (const int rc = AddPngFile(files, sheetFile, sheet)) return rc;
+    if (const int rc = CommitFiles(files)) return rc;
     std::printf("wrote %d pictures and %s\n", count, sheetFile.c_str());
     return kExitOk;
 }
@@ -91,7 +95,9 @@ int RunRender(const RenderArgs& args) {
     const std::string file =
         args.out.empty() ? FileName(session.catalogue.entries[static_cast<size_t>(index)]) + ".png"
                          : args.out;
-    if (const int rc = SavePng(file, picture)) return rc;
+    OutputFiles files;
+    if (const int rc = AddPngFile(files, file, picture)) return rc;
+    if (const int rc = CommitFiles(files)) return rc;
     std::printf("wrote %s (%dx%d)\n", file.c_str(), picture.width, picture.height);
     return kExitOk;
 }

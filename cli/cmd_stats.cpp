@@ -20,7 +20,7 @@ nlohmann::json StatsWithOrbitalJson(const vt_OrbInfo& info, int index, const vt_
     j["orbital"] = {{"index", index},
                     {"name", info.Name},
                     {"key", CommandName(info)},
-                    {"view", setup.OrbitalViewMode == VT_PDF ? "pdf" : "drpdf"},
+                    {"view", NameKey(VT_NAMES_VIEW, setup.OrbitalViewMode)},
                     {"AtomRadius", setup.AtomRadius},
                     {"DotThreshold", setup.DotThreshold}};
     return j;
@@ -29,8 +29,9 @@ nlohmann::json StatsWithOrbitalJson(const vt_OrbInfo& info, int index, const vt_
 void PrintText(const vt_OrbInfo& info, int index, const vt_OrbitalSetup& setup,
                const vt_OrbitalStats& s) {
     std::printf("orbital          %s (index %d), %s view, radius %d, threshold %d\n",
-                CommandName(info).c_str(), index, setup.OrbitalViewMode == VT_PDF ? "pdf" : "drpdf",
-                setup.AtomRadius, setup.DotThreshold);
+                CommandName(info).c_str(), index,
+                NameKey(VT_NAMES_VIEW, setup.OrbitalViewMode).c_str(), setup.AtomRadius,
+                setup.DotThreshold);
     std::printf("frames rendered  %d\n", s.FramesRendered);
     std::printf("total samples    %d\n", s.TotalSamples);
     std::printf("mode             %d (the most frequent probability level)\n", s.Mode);
@@ -75,9 +76,12 @@ int RunStats(const StatsArgs& args) {
         PrintText(info, index, setup, stats);
     }
     if (!args.plot.empty()) {
-        if (const int rc = SavePng(args.plot, PlotHistogram(stats.ProbFreqs, args.logScale))) {
+        OutputFiles files;
+        if (const int rc =
+                AddPngFile(files, args.plot, PlotHistogram(stats.ProbFreqs, args.logScale))) {
             return rc;
         }
+        if (const int rc = CommitFiles(files)) return rc;
         // Keep standard output pure JSON when JSON was asked for.
         std::fprintf(args.json ? stderr : stdout, "wrote %s\n", args.plot.c_str());
     }

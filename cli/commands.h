@@ -41,6 +41,13 @@ struct ExportArgs {
     OrbitalOptions setup;
 };
 
+/// Refuses an empty file name, which names no file (rather than falling back to a default).
+inline CLI::Validator NamesAFile() {
+    return CLI::Validator(
+        [](std::string& text) { return text.empty() ? std::string("a file name is needed") : ""; },
+        "");
+}
+
 /// The options of export beyond the orbital's: files, cube grid, PLY format.
 void AddExportOptions(CLI::App& command, ExportArgs& args);
 

@@ -54,13 +54,14 @@ CubeGrid PointsGrid(int32_t radius, int32_t points) {
     return {points, AsWritten(-radius), step};
 }
 
-int32_t WriteCube(const std::string& path, int16_t orbital, int32_t view, const std::string& title,
-                  const std::string& comment, const CubeGrid& grid, std::string& problem) {
+int32_t AddCube(OutputFiles& files, const std::string& path, int16_t orbital, int32_t view,
+                const std::string& title, const std::string& comment, const CubeGrid& grid,
+                WriteOutcome& written) {
     const int32_t n = grid.points;
     const std::string o = HeaderNumber(grid.origin), s = HeaderNumber(grid.step),
                       zero = HeaderNumber(0.0);
     int32_t engineError = 0;
-    const WriteOutcome written = WriteFileSafely(path, [&](std::FILE* file) {
+    written = files.Add(path, [&](std::FILE* file) {
         // Header: two comment lines, the atom count with the origin, one line per axis (a
         // positive count means Bohr), then the one hydrogen atom (number, charge, position).
         std::fprintf(file, "%s\n%s\n", title.c_str(), comment.c_str());
@@ -99,14 +100,14 @@ int32_t WriteCube(const std::string& path, int16_t orbital, int32_t view, const 
         return true;
     });
     if (engineError != 0) return engineError;
-    problem = written.problem;
     return written.ok ? 0 : -1;
 }
 
-bool WritePly(const std::string& path, const std::vector<vt_PointArray>& dots, int32_t radius,
-              const std::string& comment, bool binary, std::string& problem) {
+WriteOutcome AddPly(OutputFiles& files, const std::string& path,
+                    const std::vector<vt_PointArray>& dots, int32_t radius,
+                    const std::string& comment, bool binary) {
     static_assert(std::endian::native == std::endian::little, "binary PLY is written as stored");
-    const WriteOutcome written = WriteFileSafely(path, [&](std::FILE* file) {
+    return files.Add(path, [&](std::FILE* file) {
         std::fprintf(file,
                      "ply\nformat %s 1.0\ncomment %s\nelement vertex %zu\n"
                      "property float x\nproperty float y\nproperty float z\n"
@@ -130,8 +131,6 @@ bool WritePly(const std::string& path, const std::vector<vt_PointArray>& dots, i
         }
         return true;
     });
-    problem = written.problem;
-    return written.ok;
 }
 
 }  // namespace vtcli

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "safe_file.h"
 #include "veltara.h"
 
 namespace vtcli {
@@ -28,18 +29,20 @@ inline constexpr int32_t kCubePsi = -1;
 /// `points` points per axis (2 or more) from -radius to radius.
 CubeGrid PointsGrid(int32_t radius, int32_t points);
 
-/// Writes the cube file ("-": standard output) of catalogue orbital `orbital` in `view` (VT_PDF
-/// or VT_DRPDF: the normalised density; kCubePsi: the signed wavefunction) at every point, x
-/// outermost, z innermost, after the two comment lines `title` and `comment`. Returns 0, the
-/// engine's error number, or -1 when the file could not be written (`problem` says why; the path is
-/// left as it was).
-int32_t WriteCube(const std::string& path, int16_t orbital, int32_t view, const std::string& title,
-                  const std::string& comment, const CubeGrid& grid, std::string& problem);
+/// Produces into `files` the cube file ("-": standard output) of catalogue orbital `orbital` in
+/// `view` (VT_PDF or VT_DRPDF: the normalised density; kCubePsi: the signed wavefunction) at
+/// every point, x outermost, z innermost, after the two comment lines `title` and `comment`.
+/// Returns 0, the engine's error number, or -1 when the file could not be written (`written`
+/// says why).
+int32_t AddCube(OutputFiles& files, const std::string& path, int16_t orbital, int32_t view,
+                const std::string& title, const std::string& comment, const CubeGrid& grid,
+                WriteOutcome& written);
 
-/// Writes the dots as a PLY point cloud, ASCII or `binary` little-endian: x, y, z in Bohr radii
-/// (grid coordinate x radius / 127), the colour of the dot's level (red 255 - P, green P, blue
-/// 0) and the level P itself. False when the file could not be written (`problem` says why).
-bool WritePly(const std::string& path, const std::vector<vt_PointArray>& dots, int32_t radius,
-              const std::string& comment, bool binary, std::string& problem);
+/// Produces into `files` the dots as a PLY point cloud, ASCII or `binary` little-endian: x, y, z
+/// in Bohr radii (grid coordinate x radius / 127), the colour of the dot's level (red 255 - P,
+/// green P, blue 0) and the level P itself (see OutputFiles::Add).
+WriteOutcome AddPly(OutputFiles& files, const std::string& path,
+                    const std::vector<vt_PointArray>& dots, int32_t radius,
+                    const std::string& comment, bool binary);
 
 }  // namespace vtcli

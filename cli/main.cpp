@@ -9,7 +9,7 @@
 namespace {
 
 constexpr const char* kOrbitalHelp =
-    "orbital: catalogue index 0..39 or name, case-insensitive, with superscripts or plain "
+    "orbital: catalogue index (see veltara list) or name, case-insensitive, with superscripts or plain "
     "digits (3Dz2, 3Dz², 4Fz(x2-y2)); a shell average is av or avg + its name (av2S, avg4F), "
     "since the averaged S shells share their names with the single S orbitals";
 
@@ -17,7 +17,9 @@ constexpr const char* kOrbitalHelp =
 
 int main(int argc, char** argv) {
     CLI::App app{"veltara: pictures, statistics and data of the hydrogen atom's orbitals"};
-    app.require_subcommand(1);
+    // At most one subcommand; none is refused after parsing, so that an unknown argument is named
+    // first.
+    app.require_subcommand(0, 1);
     app.set_version_flag("--version", std::string("veltara ") + vt_version());
 
     vtcli::ListArgs listArgs;
@@ -28,10 +30,12 @@ int main(int argc, char** argv) {
     CLI::App* render = app.add_subcommand("render", "one picture of an orbital as a PNG file");
     render->add_option("ORBITAL", renderArgs.orbital, kOrbitalHelp);
     render->add_flag("--all", renderArgs.all,
-                     "all 40 orbitals into --out-dir, with a contact sheet of small pictures");
-    render->add_option("--out", renderArgs.out, "PNG file (default: the orbital's name .png)");
+                     "every catalogue orbital into --out-dir, with a contact sheet of small pictures");
+    render->add_option("--out", renderArgs.out, "PNG file (default: the orbital's name .png)")
+        ->check(vtcli::NamesAFile());
     render->add_option("--out-dir", renderArgs.outDir, "folder of the --all gallery")
-        ->capture_default_str();
+        ->capture_default_str()
+        ->check(vtcli::NamesAFile());
     vtcli::AddOrbitalOptions(*render, renderArgs.setup);
     vtcli::AddRequestOptions(*render, renderArgs.request);
 
@@ -39,7 +43,8 @@ int main(int argc, char** argv) {
     CLI::App* stats = app.add_subcommand("stats", "an orbital's statistics");
     stats->add_option("ORBITAL", statsArgs.orbital, kOrbitalHelp)->required();
     stats->add_flag("--json", statsArgs.json, "JSON instead of text");
-    stats->add_option("--plot", statsArgs.plot, "draw the probability-level histogram to a PNG");
+    stats->add_option("--plot", statsArgs.plot, "draw the probability-level histogram to a PNG")
+        ->check(vtcli::NamesAFile());
     stats->add_flag("--log", statsArgs.logScale, "logarithmic bar heights in the plot");
     vtcli::AddOrbitalOptions(*stats, statsArgs.setup);
 
@@ -108,5 +113,7 @@ int main(int argc, char** argv) {
     if (info->parsed()) return vtcli::FinishStandardOutput(vtcli::RunInfo(infoArgs));
     if (about->parsed()) return vtcli::FinishStandardOutput(vtcli::RunAbout());
     if (serve->parsed()) return vtserve::RunServe(serveArgs);
-    return vtcli::kExitUsage;
+    return vtcli::UsageError("subcommand",
+                             "none given; one of list, render, stats, export, info, "
+                             "about or serve (see veltara --help)");
 }

@@ -23,7 +23,7 @@ size_t EditDistance(const std::string& a, const std::string& b);
 
 /// The result of resolving an orbital argument.
 struct Resolution {
-    int index = -1;       ///< 0..39 when found
+    int index = -1;       ///< the catalogue index when found
     std::string problem;  ///< why not, for the message, when not found
 };
 

@@ -27,6 +27,41 @@ int ParseName(const std::string& option, const std::string& text,
     return UsageError(option, "'" + text + "' is not one of " + allowed);
 }
 
+/// A name from the engine's table of mode, view or size names (its key, any case); for sizes
+/// the pixel count too. `value` receives the row's value.
+int ParseTableName(const std::string& option, int32_t table, const std::string& text,
+                   int32_t& value) {
+    std::string lower;
+    for (char c : text) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    std::string allowed;
+    int32_t rows = 0;
+    vt_name_count(table, &rows);
+    for (int32_t i = 0; i < rows; ++i) {
+        vt_Name name{};
+        vt_name(table, i, &name);
+        const std::string number = std::to_string(name.Value);
+        if (lower == name.Key || (table == VT_NAMES_SIZE && lower == number)) {
+            value = name.Value;
+            return kExitOk;
+        }
+        allowed += (i == 0 ? "" : "|") + std::string(name.Key);
+    }
+    return UsageError(option, "'" + text + "' is not one of " + allowed);
+}
+
+/// The keys of a table of names joined by '|', for help texts.
+std::string TableKeys(int32_t table) {
+    std::string keys;
+    int32_t rows = 0;
+    vt_name_count(table, &rows);
+    for (int32_t i = 0; i < rows; ++i) {
+        vt_Name name{};
+        vt_name(table, i, &name);
+        keys += (i == 0 ? "" : "|") + std::string(name.Key);
+    }
+    return keys;
+}
+
 /// A whole number within [lo, hi].
 int CheckRange(const std::string& option, int64_t value, int64_t lo, int64_t hi) {
     if (value >= lo && value <= hi) return kExitOk;
@@ -61,8 +96,7 @@ void AddOrbitalOptions(CLI::App& command, OrbitalOptions& o) {
 }
 
 void AddRequestOptions(CLI::App& command, RequestOptions& o) {
-    command.add_option("--mode", o.mode, "orthographic|perspective|anaglyph|volumetric|transect")
-        ->capture_default_str();
+    command.add_option("--mode", o.mode, TableKeys(VT_NAMES_MODE))->capture_default_str();
     command.add_option("--size", o.size, "main (375 pixels) or nano (127); also 375 or 128")
         ->capture_default_str();
     command.add_option("--theta", o.theta, "first viewing angle, degrees")->capture_default_str();
@@ -89,7 +123,7 @@ void AddRequestOptions(CLI::App& command, RequestOptions& o) {
 }
 
 int ParseView(const std::string& text, int32_t& view) {
-    return ParseName<2>("--view", text, {"pdf", "drpdf"}, view);
+    return ParseTableName("--view", VT_NAMES_VIEW, text, view);
 }
 
 int ApplyClock(const OrbitalOptions& o) {
@@ -122,17 +156,11 @@ int MakeSetup(const OrbitalOptions& o, const vt_OrbInfo& info, int index, vt_Orb
 int MakeRequest(const RequestOptions& o, vt_RenderRequest& r) {
     r = DefaultRequest();
     int32_t mode = 0, dir = 0, size = 0;
-    if (const int rc = ParseName<5>(
-            "--mode", o.mode, {"orthographic", "perspective", "anaglyph", "volumetric", "transect"},
-            mode)) {
-        return rc;
-    }
+    if (const int rc = ParseTableName("--mode", VT_NAMES_MODE, o.mode, mode)) return rc;
     if (const int rc = ParseName<3>("--transect-dir", o.transectDir, {"x", "y", "z"}, dir)) {
         return rc;
     }
-    if (const int rc = ParseName<4>("--size", o.size, {"main", "nano", "375", "128"}, size)) {
-        return rc;
-    }
+    if (const int rc = ParseTableName("--size", VT_NAMES_SIZE, o.size, size)) return rc;
     if (!std::isfinite(o.theta)) return UsageError("--theta", "must be a finite number");
     if (!std::isfinite(o.phi)) return UsageError("--phi", "must be a finite number");
     for (const auto& [name, value] : {std::pair{"--camera", o.camera}, {"--plane", o.plane}}) {
@@ -152,7 +180,7 @@ int MakeRequest(const RequestOptions& o, vt_RenderRequest& r) {
     r.TransectNo = static_cast<int16_t>(o.transect);
     r.Transector = Flag(o.transector);
     r.TransectDir = dir;
-    r.Size = (size % 2 == 0) ? VT_MAIN : VT_NANO;
+    r.Size = size;
     r.Mode = mode;
     r.VolQuality = static_cast<int16_t>(o.quality);
     r.VolFinal = Flag(!o.preview);

@@ -40,11 +40,18 @@ int RenderPicture(Session& session, int16_t slot, const vt_RenderRequest& reques
     return kExitOk;
 }
 
-int SavePng(const std::string& path, const RgbImage& picture) {
-    if (const std::string problem = WritePng(path, picture); !problem.empty()) {
-        return FileError("cannot write " + path + ": " + problem);
-    }
-    return kExitOk;
+int WriteError(const WriteOutcome& outcome) {
+    return FileError("cannot write " + outcome.path + ": " + outcome.problem);
+}
+
+int AddPngFile(OutputFiles& files, const std::string& path, const RgbImage& picture) {
+    const WriteOutcome added = AddPng(files, path, picture);
+    return added.ok ? kExitOk : WriteError(added);
+}
+
+int CommitFiles(OutputFiles& files) {
+    const WriteOutcome committed = files.Commit();
+    return committed.ok ? kExitOk : WriteError(committed);
 }
 
 }  // namespace vtcli

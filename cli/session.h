@@ -29,7 +29,15 @@ int ResolveArgument(const Session& session, const std::string& text, int& index)
 int RenderPicture(Session& session, int16_t slot, const vt_RenderRequest& request,
                   const std::string& what, RgbImage& picture);
 
-/// Writes a PNG; kExitOk or kExitEngine with a message naming the file.
-int SavePng(const std::string& path, const RgbImage& picture);
+/// Produces a PNG into `files` (replaced by CommitFiles); kExitOk or kExitEngine with a message
+/// naming the file.
+int AddPngFile(OutputFiles& files, const std::string& path, const RgbImage& picture);
+
+/// Replaces every output of `files` with what was produced; kExitOk or kExitEngine with a
+/// message naming the file that could not be written.
+int CommitFiles(OutputFiles& files);
+
+/// The message of a failed write: "cannot write PATH: PROBLEM"; kExitEngine.
+int WriteError(const WriteOutcome& outcome);
 
 }  // namespace vtcli

@@ -51,11 +51,6 @@ std::string WriteDouble(double v) {
     return text;
 }
 
-/// The hybrid the text names.
-Superposition HybridOf(HybridKind, int32_t, int32_t) {
-    Raise(kErrInvalidCall, "hybrids are not available in this build");
-}
-
 class Reader {
   public:
     explicit Reader(std::string_view text) {
@@ -330,7 +325,8 @@ class Reader {
         }
         const int32_t index = Match(":") ? Whole("the hybrid's index") : 0;
         const int32_t shell = Match("@") ? Whole("the hybrid's shell") : 0;
-        for (const Term& t : HybridOf(kind, index, shell).Terms()) {
+        const Superposition hybrid = Hybrid(kind, index, shell);  // kept alive for the loop
+        for (const Term& t : hybrid.Terms()) {
             terms.push_back({factor * t.c, t.state});
         }
     }

@@ -13,10 +13,10 @@ namespace veltara {
 
 /// One named value of an enumeration.
 struct EnumName {
-    int32_t value;           ///< the enumeration's value (a size: its pixel count)
-    const char* key;         ///< lower case, as the command and Python take it: "orthographic"
-    const char* title;       ///< as records and JSON spell it: "Orthographic"
-    const char* label;       ///< what people read on the page: "Dots"
+    int32_t value;      ///< the enumeration's value (a size: its pixel count)
+    const char* key;    ///< lower case, as the command and Python take it: "orthographic"
+    const char* title;  ///< as records and JSON spell it: "Orthographic"
+    const char* label;  ///< what people read on the page: "Dots"
 };
 
 /// Which table.
@@ -64,7 +64,9 @@ constexpr const EnumName* FindName(NameTable table, std::string_view text) {
     const auto same = [](std::string_view a, std::string_view b) {
         if (a.size() != b.size()) return false;
         for (size_t i = 0; i < a.size(); ++i) {
-            const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
+            const auto lower = [](char c) {
+                return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
+            };
             if (lower(a[i]) != lower(b[i])) return false;
         }
         return true;

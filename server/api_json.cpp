@@ -6,6 +6,9 @@
 #include <cmath>
 #include <initializer_list>
 #include <limits>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "records_json.h"
 
@@ -119,10 +122,22 @@ ApiError ReadFlag(const json& body, const char* field, int16_t& out) {
     return {};
 }
 
+/// The titles and values of the engine's table of names `table` (VT_NAMES_MODE, _VIEW, _SIZE).
+std::vector<std::pair<std::string, int32_t>> TableNames(int32_t table) {
+    std::vector<std::pair<std::string, int32_t>> names;
+    int32_t rows = 0;
+    vt_name_count(table, &rows);
+    for (int32_t i = 0; i < rows; ++i) {
+        vt_Name name{};
+        if (vt_name(table, i, &name) == VT_OK) names.emplace_back(name.Title, name.Value);
+    }
+    return names;
+}
+
 /// An enumeration: one of its names (case-insensitive; several spellings may share a value)
 /// or any 32-bit number, which the engine treats as its rules say.
 ApiError ReadEnum(const json& body, const char* field,
-                  std::initializer_list<std::pair<const char*, int32_t>> names, int32_t& out) {
+                  const std::vector<std::pair<std::string, int32_t>>& names, int32_t& out) {
     const auto it = body.find(field);
     if (it == body.end()) return {};
     if (it->is_string()) {
@@ -133,7 +148,7 @@ ApiError ReadEnum(const json& body, const char* field,
                 out = value;
                 return {};
             }
-            list += (list.empty() ? "" : ", ") + std::string(name);
+            list += (list.empty() ? "" : ", ") + name;
         }
         return {422, 5,
                 std::string("Invalid procedure call or argument: ") + field + " '" +
@@ -193,19 +208,8 @@ ApiError ParseRenderRequest(const json& body, vt_RenderRequest& r, PictureFormat
                            Short{"UseColouredTransector", &r.UseColouredTransector}}) {
         if ((e = ReadFlag(body, s.name, *s.field)).failed()) return e;
     }
-    if ((e = ReadEnum(body, "Mode",
-                      {{"Orthographic", VT_ORTHOGRAPHIC},
-                       {"Perspective", VT_PERSPECTIVE},
-                       {"Anaglyph", VT_ANAGLYPH},
-                       {"Volumetric", VT_VOLUMETRIC},
-                       {"Transect", VT_TRANSECT}},
-                      r.Mode))
-            .failed()) {
-        return e;
-    }
-    if ((e = ReadEnum(body, "Size", {{"Main", VT_MAIN}, {"Nano", VT_NANO}}, r.Size)).failed()) {
-        return e;
-    }
+    if ((e = ReadEnum(body, "Mode", TableNames(VT_NAMES_MODE), r.Mode)).failed()) return e;
+    if ((e = ReadEnum(body, "Size", TableNames(VT_NAMES_SIZE), r.Size)).failed()) return e;
     if ((e = ReadEnum(body, "TransectDir",
                       {{"AlongX", VT_ALONG_X},
                        {"Alongy", VT_ALONG_Y},
@@ -232,7 +236,8 @@ ApiError ParseRenderRequest(const json& body, vt_RenderRequest& r, PictureFormat
     return {};
 }
 
-ApiError ParseSetup(const json& body, const vt_OrbInfo catalogue[40], vt_OrbitalSetup& s) {
+ApiError ParseSetup(const json& body, const vt_OrbInfo catalogue[VT_CATALOGUE_SIZE],
+                    vt_OrbitalSetup& s) {
     if (const ApiError e = CheckFields(
             body, {"OrbitalIndex", "OrbitalViewMode", "AtomRadius", "DotThreshold", "DotTarget"});
         e.failed()) {
@@ -244,12 +249,9 @@ ApiError ParseSetup(const json& body, const vt_OrbInfo catalogue[40], vt_Orbital
     }
     ApiError e;
     int64_t index = 0;
-    if ((e = ReadInt(body, "OrbitalIndex", 0, 39, index)).failed()) return e;
+    if ((e = ReadInt(body, "OrbitalIndex", 0, VT_CATALOGUE_SIZE - 1, index)).failed()) return e;
     int32_t view = VT_PDF;
-    if ((e = ReadEnum(body, "OrbitalViewMode", {{"PDF", VT_PDF}, {"DRPDF", VT_DRPDF}}, view))
-            .failed()) {
-        return e;
-    }
+    if ((e = ReadEnum(body, "OrbitalViewMode", TableNames(VT_NAMES_VIEW), view)).failed()) return e;
     if (view != VT_PDF && view != VT_DRPDF) {
         return {422, 5, "Invalid procedure call or argument: OrbitalViewMode must be PDF or DRPDF",
                 "OrbitalViewMode"};

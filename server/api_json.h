@@ -46,7 +46,7 @@ ApiError ParseRenderRequest(const nlohmann::json& body, vt_RenderRequest& reques
 /// Reads an orbital setup: OrbitalIndex (0..39, required), OrbitalViewMode ("PDF", "DRPDF",
 /// 0 or 1; default PDF), AtomRadius (1..32767), DotThreshold (0..255), DotTarget (0..32767,
 /// default 10000). Radius and threshold default to the catalogue's values for the view.
-ApiError ParseSetup(const nlohmann::json& body, const vt_OrbInfo catalogue[40],
+ApiError ParseSetup(const nlohmann::json& body, const vt_OrbInfo catalogue[VT_CATALOGUE_SIZE],
                     vt_OrbitalSetup& setup);
 
 /// Reads a refill: Threshold (0..255) and Target (0..32767), both required.

@@ -83,7 +83,6 @@ ApiError CheckRequest(const httplib::Request& req, const std::vector<std::string
         (req.has_header("Transfer-Encoding") && !chunked)) {
         return Refuse(400, 13, "the body's length is not stated plainly");
     }
-    size_t length = 0;
     if (lengths == 1) {
         const std::string text = req.get_header_value("Content-Length");
         if (text.empty() || text.size() > 19 ||
@@ -96,7 +95,6 @@ ApiError CheckRequest(const httplib::Request& req, const std::vector<std::string
                 413, 6,
                 "the request body is larger than " + std::to_string(maxBodyBytes) + " bytes");
         }
-        length = std::stoull(text);
     }
     if (m == "POST" && lengths == 0 && !chunked) {
         return Refuse(411, 5, "a POST states its body's length (Content-Length) or sends chunks");

@@ -387,7 +387,7 @@ httplib::Server::HandlerResponse AnswerError(const Request& req, Response& res) 
 
 void AddRoutes(httplib::Server& server, ServerState& s, const std::vector<std::string>& hosts) {
     json list = json::array();
-    for (int i = 0; i < 40; ++i) list.push_back(vtjson::OrbInfoJson(s.catalogue[i], i));
+    for (int i = 0; i < VT_CATALOGUE_SIZE; ++i) list.push_back(vtjson::OrbInfoJson(s.catalogue[i], i));
     s.catalogueJson = vtjson::Dump(list);
 
     // Replies are whole: a single Range is ignored, several are refused.

@@ -17,7 +17,7 @@ namespace vtserve {
 struct ServerState {
     explicit ServerState(const ClientLimits& limits) : clients(limits) {}
 
-    vt_OrbInfo catalogue[40]{};
+    vt_OrbInfo catalogue[VT_CATALOGUE_SIZE]{};
     std::string catalogueJson;  ///< the catalogue's reply, written once
     Clients clients;
     int32_t fixedClockMs = 0;

@@ -8,12 +8,15 @@
 #include <numbers>
 
 #include "cli_support.h"
+#include "electron/catalogue.h"
 
 using vt_cli_test::Lines;
 using vt_cli_test::ReadFile;
 using vt_cli_test::RunVeltara;
 using vt_cli_test::ScratchDir;
 namespace fs = std::filesystem;
+using veltara::kCatalogueLastIndex;
+using veltara::kCatalogueSize;
 
 namespace {
 
@@ -49,11 +52,11 @@ std::vector<double> Numbers(const std::string& line) {
 
 TEST(VeltaraCommand, ListsVersionHelpAndAbout) {
     const auto text = RunVeltara("list");
-    EXPECT_EQ(Lines(text.out).size(), 41u);  // a header and 40 rows
+    EXPECT_EQ(Lines(text.out).size(), kCatalogueSize + 1u);  // a header and a row per entry
     const auto json = RunVeltara("list --json");
     ASSERT_EQ(json.exitCode, 0) << json.err;
     const nlohmann::json list = nlohmann::json::parse(json.out);
-    ASSERT_EQ(list.size(), 40u);
+    ASSERT_EQ(list.size(), size_t{kCatalogueSize});
     EXPECT_EQ(list[9]["name"], "3Dz\xC2\xB2");
     EXPECT_EQ(list[9]["key"], "3Dz\xC2\xB2");
     EXPECT_EQ(list[30]["key"], "av1S");
@@ -77,10 +80,10 @@ TEST(VeltaraCommand, FailedStandardOutputExits1) {
     }
 }
 
-TEST(VeltaraCommand, NumbersOutsideTheirRangesExit2NamingTheOption) {
+TEST(VeltaraCommand, BadArgumentsExit2NamingTheArgument) {
     struct Case {
         std::string args;
-        const char* mention;  // what the one line must name
+        std::string mention;  // what the one line must name
     };
     const Case bad[] = {
         {"render 1S --radius 0", "--radius"},
@@ -102,7 +105,7 @@ TEST(VeltaraCommand, NumbersOutsideTheirRangesExit2NamingTheOption) {
         {"render 1S --mode fisheye", "--mode"},
         {"render 1S --size 200", "--size"},
         {"render 3Dz3", "3Dz\xC2\xB2"},
-        {"render 40", "0..39"},
+        {"render " + std::to_string(kCatalogueSize), "0.." + std::to_string(kCatalogueLastIndex)},
         {"render", "ORBITAL"},
         {"export 1S", "--cube"},
         {"export 1S --cube x --stride 0", "--stride"},
@@ -112,6 +115,15 @@ TEST(VeltaraCommand, NumbersOutsideTheirRangesExit2NamingTheOption) {
         {"export 1S --cube x --points 9 --stride 2", "--points"},
         {"export 1S --ply x --ply-format text", "--ply-format"},
         {"stats 1S --no-such-option", "--no-such-option"},
+        {"--bogus", "--bogus"},
+        {"bogus", "bogus"},
+        {"", "subcommand"},
+        {"render 1S --out ''", "--out"},
+        {"render --all --out-dir ''", "--out-dir"},
+        {"stats 1S --plot ''", "--plot"},
+        {"export 1S --cube ''", "--cube"},
+        {"export 1S --cube " + At("one") + " --ply " + At("one"), "--ply"},
+        {"export 1S --cube - --ply -", "--ply"},
     };
     for (const Case& c : bad) {
         const auto o = RunVeltara(c.args);
@@ -170,6 +182,43 @@ TEST(VeltaraCommand, FailedWritesLeaveThePathAsItWasAndSayWhy) {
         EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 4)
             << writer << ": a temporary file was left behind";
     }
+}
+
+TEST(VeltaraCommand, ExportReplacesBothFilesOrNeither) {
+    const fs::path dir = ScratchDir() / "pair";
+    fs::remove_all(dir);
+    fs::create_directories(dir);
+    const std::string keep = (dir / "keep").string(), target = (dir / "target").string();
+    std::ofstream(keep) << "the old keep";
+    std::ofstream(target) << "the link's target";
+    fs::create_symlink("target", dir / "link");
+    struct Case {
+        std::string cube, ply;
+        int exitCode;
+    };
+    const Case cases[] = {
+        {keep, "/dev/full", 1},
+        {"/dev/full", keep, 1},
+        {keep, (dir / "missing" / "x").string(), 1},
+        {(dir / "new").string(), "/dev/full", 1},
+        {keep, keep, 2},
+        {target, (dir / "link").string(), 2},
+        {(dir / "." / "twice").string(), (dir / "twice").string(), 2},
+    };
+    for (const Case& c : cases) {
+        const auto o = RunVeltara("export 2Pz --stride 16 --dots 100 --cube " + c.cube + " --ply " +
+                                  c.ply + kClock);
+        EXPECT_EQ(o.exitCode, c.exitCode) << c.cube << " " << c.ply << ": " << o.err;
+        EXPECT_EQ(ReadFile(keep), "the old keep") << c.cube << " " << c.ply;
+        EXPECT_EQ(ReadFile(target), "the link's target") << c.cube << " " << c.ply;
+        EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 3)
+            << c.cube << " " << c.ply << ": a file was left behind";
+    }
+    const auto both = RunVeltara("export 2Pz --stride 16 --dots 100 --cube " + keep + " --ply " +
+                                 (dir / "link").string() + kClock);
+    ASSERT_EQ(both.exitCode, 0) << both.err;
+    EXPECT_EQ(ReadFile(keep).rfind("normalised probability density", 0), 0u);
+    EXPECT_EQ(ReadFile(target).rfind("ply\n", 0), 0u);
 }
 
 TEST(VeltaraCommand, EngineRefusalsInPlainWords) {
@@ -270,13 +319,14 @@ TEST(VeltaraCommand, GalleryHasFortyLabelledPictures) {
     const fs::path dir = ScratchDir() / "gallery";
     const auto o = RunVeltara("render --all --dots 300 --out-dir " + dir.string() + kClock);
     ASSERT_EQ(o.exitCode, 0) << o.err;
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 41);
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()),
+              kCatalogueSize + 1);
     EXPECT_TRUE(fs::exists(dir / "09-3Dz2.png") && fs::exists(dir / "31-av2S.png"));
     int w = 0, h = 0;
     const auto sheet = ReadRgb(dir / "contact-sheet.png", w, h);
-    ASSERT_EQ(std::make_pair(w, h), std::make_pair(8 * 128, 5 * 128));
+    ASSERT_EQ(std::make_pair(w, h), std::make_pair(8 * 128, (kCatalogueSize + 7) / 8 * 128));
     // Each 128-pixel cell carries its name in white in its bottom left corner.
-    for (int cell = 0; cell < 40; ++cell) {
+    for (int cell = 0; cell < kCatalogueSize; ++cell) {
         int white = 0;
         for (int y = cell / 8 * 128 + 115; y < cell / 8 * 128 + 126; ++y) {
             for (int x = cell % 8 * 128; x < cell % 8 * 128 + 40; ++x) {

@@ -22,12 +22,18 @@ State S(int32_t n, int32_t l, int32_t m, Basis b = R, int32_t Z = 1, bool averag
     return State{n, l, m, b, Z, average};
 }
 
-/// Expects `got` to hold exactly the states of `want`, with coefficients within 1e-15.
+/// Expects `got` to hold exactly the states of `want` (in any order), with coefficients within
+/// 1e-15.
 void ExpectTerms(const Superposition& got, const std::vector<Term>& want) {
     ASSERT_EQ(got.Terms().size(), want.size());
     for (size_t k = 0; k < want.size(); ++k) {
-        EXPECT_EQ(got.Terms()[k].state, want[k].state) << "term " << k;
-        EXPECT_LE(std::abs(got.Terms()[k].c - want[k].c), 1e-15) << "term " << k;
+        bool found = false;
+        for (const Term& t : got.Terms()) {
+            if (t.state != want[k].state) continue;
+            found = true;
+            EXPECT_LE(std::abs(t.c - want[k].c), 1e-15) << "term " << k;
+        }
+        EXPECT_TRUE(found) << "term " << k << " is missing";
     }
 }
 
@@ -72,6 +78,14 @@ TEST(ParseState, EachFormReadsAsItsStatesWithNormalisedCoefficients) {
         {"i*1,0,0", {{C(0, 1), S(1, 0, 0)}}},
         {"-2,1,0", {{-1, S(2, 1, 0)}}},
         {"3e-1*1s+.4e0*1,0,0+1E+0*2s-1*2s", {{1, S(1, 0, 0)}, {0, S(2, 0, 0)}}},
+        // Hybrids: squared weights 1/4 s + 3/4 p (sp3), 1/2 + 1/2 (sp), 1/6 s + 1/2 p + 1/3 d
+        // (sp3d2), each part positive far out along the axis, where R_nl has the sign
+        // (-1)^(n-l-1).
+        {"sp3", {{-0.5, S(2, 0, 0)}, {0.5, S(2, 1, 1)}, {0.5, S(2, 1, -1)}, {0.5, S(2, 1, 0)}}},
+        {"Z=2;SP:1", {{-h, S(2, 0, 0, R, 2)}, {-h, S(2, 1, 0, R, 2)}}},
+        {"sp3d2:4@4",
+         {{-std::sqrt(1 / 6.0), S(4, 0, 0)}, {h, S(4, 1, 0)}, {-std::sqrt(1 / 3.0), S(4, 2, 0)}}},
+        {"sp:0+sp:1", {{-1, S(2, 0, 0)}, {0, S(2, 1, 0)}}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);
@@ -101,6 +115,8 @@ TEST(ParseState, MalformedTextIsRefusedAtItsCharacterAndFieldsOutOfRangeByName) 
         {"2,1,0++1,0,0", "at character 7: expected a state"},
         {"2pz3", "at character 4: expected '+', '-' or the end of the text after the name 2pz"},
         {"av3x", "at character 4: expected the subshell letter"},
+        {"sp3:", "at character 5: the hybrid's index must be a whole number"},
+        {"sp3:4", "the sp3 hybrid index must be from 0 to 3"},
         {"Z=2 1,0,0", "at character 6: expected a ';' after the nuclear charge"},  // Z 21
         {"Z=;1,0,0", "at character 3: Z must be a whole number"},
         {"(0.6+0.8i*2,1,0", "at character 10: expected '+', '-' or ')'"},
@@ -141,6 +157,8 @@ TEST(FormatState, ReadsBackAsTheSameSuperposition) {
         "(-1e-5-3i)*30,29,-29c+1e20*2,1,0c+0*3,2,1c",
         "1,0,0+2,1,0+3,2,-1+4,3,3",
         "0.1*1,0,0-0.2*2,0,0+0.3*3,0,0-0.4*4,0,0+0.5*5,0,0-0.6*6,0,0",
+        "sp3d:3@5",
+        "Z=3;(0.5-2i)*sp2:2",
     };
     for (const char* text : texts) {
         SCOPED_TRACE(text);

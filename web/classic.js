@@ -5,9 +5,19 @@
 
 const $ = (id) => document.getElementById(id);
 
-const MAIN = 375;
-const NANO = 128;
-const MODE = { dots: 0, perspective: 1, anaglyph: 2, cloud: 3, slice: 4 };
+import { NAMES } from './names.js';
+
+// Modes, views and sizes from the engine's one table of names (names.js, made at build time).
+const valueOf = (kind, key) => NAMES[kind].find((n) => n.key === key).value;
+const MAIN = valueOf('size', 'main');
+const NANO = valueOf('size', 'nano');
+const MODE = {
+  dots: valueOf('mode', 'orthographic'), perspective: valueOf('mode', 'perspective'),
+  anaglyph: valueOf('mode', 'anaglyph'), cloud: valueOf('mode', 'volumetric'),
+  slice: valueOf('mode', 'transect'),
+};
+// What the table's short labels leave unsaid, said beside them.
+const LABEL_NOTES = { anaglyph: ' (needs red/green glasses)', drpdf: ': density × ρ·r' };
 const ANGSTROM_PER_BOHR = 0.529177;
 // Okabe–Ito orange and blue (colour-blind safe), or the classic orange and blue.
 const PHASE = { safe: [0xe69f00, 0x0072b2], classic: [0xff8a3c, 0x3c9cff] };
@@ -564,6 +574,19 @@ export function readLink(p) {
 
 // ---- Start ----
 
+/** One radio button per row of a table of names, before the fieldset's help line; the first
+ *  is checked. */
+function nameRadios(fieldsetId, kind, group) {
+  const help = $(fieldsetId).querySelector('p.help');
+  NAMES[kind].forEach((n, i) => {
+    const label = document.createElement('label');
+    const input = document.createElement('input');
+    Object.assign(input, { type: 'radio', name: group, value: String(n.value), checked: i === 0 });
+    label.append(input, ` ${n.label}${LABEL_NOTES[n.key] || ''}`);
+    $(fieldsetId).insertBefore(label, help);
+  });
+}
+
 /** Sets the classic views up: their controls into `host`, the engine's defaults. */
 export function init(options) {
   ({ engine, say, explain } = options);
@@ -572,6 +595,8 @@ export function init(options) {
   state.defaults = options.defaults;
   const host = $('classicControls');
   host.append($('classicTemplate').content.cloneNode(true));
+  nameRadios('modes', 'mode', 'mode');
+  nameRadios('viewBox', 'view', 'view');
   $('cameraPos').value = state.defaults.CameraPos;
   // Screen distance 0: the perspective picture at full size at the nucleus.
   $('projectionPlane').value = 0;

@@ -113,12 +113,20 @@ function VeltaraApi(M) {
     /** The clock reads `start` ms now and, if `runs`, goes on from there. */
     setClock: (start, runs = true) => M._vtw_set_clock(start, runs ? 1 : 0),
     catalogue() {
-      check(M._vt_enum_orbitals(engine, at.catalogue));
-      return Array.from({ length: 40 }, (_, index) => {
-        const base = at.catalogue + index * 32;
-        return { index, Name: M.UTF8ToString(view().getUint32(base, true)),
-          ...read(base, INFO_FIELDS) };
-      });
+      // As many entries as the engine's catalogue has (asked first), 32 bytes each.
+      check(M._vt_enum_orbitals_into(engine, 0, 0, at.i32));
+      const count = view().getInt32(at.i32, true);
+      const list = M._malloc(count * 32);
+      try {
+        check(M._vt_enum_orbitals_into(engine, list, count, at.i32));
+        return Array.from({ length: count }, (_, index) => {
+          const base = list + index * 32;
+          return { index, Name: M.UTF8ToString(view().getUint32(base, true)),
+            ...read(base, INFO_FIELDS) };
+        });
+      } finally {
+        M._free(list);
+      }
     },
     /** Adds an orbital (an OrbitalSetup record) and returns its handle. */
     add(setup) {

@@ -16,6 +16,7 @@
 #include "electron/wavefunction.h"
 #include "engine/cVeltara.h"
 #include "records/PublicTypes.h"
+#include "records/names.h"
 #include "support/cMemoryDCEx.h"
 #include "support/clock.h"
 #include "support/error.h"
@@ -271,6 +272,21 @@ py::list Catalogue() {
     return out;
 }
 
+/// The engine's tables of mode, view and size names: {"mode": [(key, title, label, value)], ...}.
+py::dict NameTables() {
+    py::dict out;
+    for (const auto& [kind, table] :
+         {std::pair{"mode", NameTable::Mode}, std::pair{"view", NameTable::View},
+          std::pair{"size", NameTable::Size}}) {
+        py::list rows;
+        for (const EnumName& n : Names(table)) {
+            rows.append(py::make_tuple(n.key, n.title, n.label, n.value));
+        }
+        out[kind] = rows;
+    }
+    return out;
+}
+
 }  // namespace
 
 PYBIND11_MODULE(_core, m) {
@@ -300,6 +316,7 @@ PYBIND11_MODULE(_core, m) {
 
     m.def("default_request", [] { return RequestToDict(DefaultRenderRequest()); });
     m.def("catalogue", &Catalogue);
+    m.def("names", &NameTables);
     m.def("density", &Density);
     m.def("wavefunction", &Psi);
     m.def("radial_distribution", &Radial);

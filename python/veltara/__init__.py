@@ -8,7 +8,7 @@ orbitals as numpy arrays, their densities, the signed wavefunction and textbook 
     psi = veltara.wavefunction("2Px", np.linspace(-5, 5, 11), 0, 0)
 
 Orbitals are named as the catalogue names them ("3Dz2" or "3Dz²", case-insensitive) or by
-index 0..39; a shell average is "av" + its name ("av3D"). Lengths are in Bohr radii.
+catalogue index; a shell average is "av" + its name ("av3D"). Lengths are in Bohr radii.
 """
 import collections
 import difflib
@@ -32,16 +32,19 @@ OrbitalFacts = collections.namedtuple(
     "most_probable_radius")
 
 _CATALOGUE = tuple(CatalogueEntry(i, *row) for i, row in enumerate(_core.catalogue()))
-_VIEWS = {"pdf": 0, "drpdf": 1}
-_MODES = {"orthographic": 0, "perspective": 1, "anaglyph": 2, "volumetric": 3, "transect": 4}
-_SIZES = {"main": 375, "nano": 128}
+# The engine's one table of mode, view and size names: key -> value.
+_NAMES = {kind: {key: value for key, _title, _label, value in rows}
+          for kind, rows in _core.names().items()}
+_VIEWS = _NAMES["view"]
+_MODES = _NAMES["mode"]
+_SIZES = _NAMES["size"]
 _DIRECTIONS = {"x": 0, "y": 1, "z": 2}
 _INT16 = (-32768, 32767)
 _INT32 = (-2**31, 2**31 - 1)
 
 
 def catalogue():
-    """The 40 catalogue entries in index order: index, name, n, l, m, averaged, and the default
+    """The catalogue entries in index order: index, name, n, l, m, averaged, and the default
     radius (Bohr) and dot threshold of each view."""
     return list(_CATALOGUE)
 

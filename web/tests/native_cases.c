@@ -12,10 +12,10 @@ int main(void) {
     static vt_PointArray dots[32768];
     static uint8_t picture[375 * 375 * 4];
     vt_engine *e = NULL;
-    vt_OrbInfo info[40];
+    vt_OrbInfo info[VT_CATALOGUE_SIZE];
     if (vt_create(&e) || vt_enum_orbitals(e, info)) return 1;
     vt_set_clock(FixedClock, &clock);
-    for (int16_t o = 0; o < 40; ++o) {
+    for (int16_t o = 0; o < VT_CATALOGUE_SIZE; ++o) {
         for (int32_t v = VT_PDF; v <= VT_DRPDF; ++v) {
             vt_OrbitalSetup setup = {0};
             setup.AtomRadius = v ? info[o].DefaultDRPDFAtomRadius : info[o].DefaultPDFAtomRadius;
