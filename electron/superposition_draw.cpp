@@ -22,8 +22,16 @@ SuperpositionDraw::SuperpositionDraw(const Superposition& s, double t, SampleWei
         TermDraw draw(st, weight);
         const double w = std::norm(term.c);
         total += w * draw.ViewMass();
+        size_t radial = 0;
+        while (radial < mRadialOf.size() &&
+               (mRadialOf[radial].n != st.n || mRadialOf[radial].l != st.l))
+            ++radial;
+        if (radial == mRadial.size()) {
+            mRadialOf.push_back(st);
+            mRadial.emplace_back(st.n, st.l, st.Z);
+        }
         mTerms.push_back(
-            Part{std::move(draw), RadialFunction(st.n, st.l, st.Z),
+            Part{std::move(draw), radial,
                  AngularFunction(st.shellAverage ? 0 : st.l, st.shellAverage ? 0 : st.m,
                                  st.basis == Basis::Complex),
                  term.c * clock, w, total});
@@ -40,9 +48,11 @@ size_t SuperpositionDraw::PickTerm(double u) const noexcept {
 
 SuperpositionDraw::Value SuperpositionDraw::At(double x, double y, double z) const {
     const double r = std::sqrt(x * x + y * y + z * z);
+    double radial[kMaxSuperpositionTerms];
+    for (size_t i = 0; i < mRadial.size(); ++i) radial[i] = mRadial[i](r);
     Value v{0, 0};
     for (const Part& p : mTerms) {
-        const std::complex<double> psi = p.radial(r) * p.angular(x, y, z, r);
+        const std::complex<double> psi = radial[p.radial] * p.angular(x, y, z, r);
         v.psi += p.clockedC * psi;
         v.mixture += p.weight * std::norm(psi);
     }

@@ -36,13 +36,15 @@ class SuperpositionDraw {
   private:
     struct Part {
         TermDraw draw;
-        RadialFunction radial;
+        size_t radial;  // index into mRadial
         AngularFunction angular;
         std::complex<double> clockedC;  // c_k e^(-i (E_k - E_1) t)
         double weight;                  // |c_k|²
         double shareEnd;                // the mixture's cumulative share up to this term
     };
     std::vector<Part> mTerms;
+    std::vector<State> mRadialOf;         // the n, l, Z of each distinct radial function
+    std::vector<RadialFunction> mRadial;  // shared by terms of one n and l (hybrids)
 };
 
 }  // namespace veltara

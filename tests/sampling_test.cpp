@@ -10,6 +10,7 @@
 #include <numbers>
 #include <vector>
 
+#include "electron/hybrids.h"
 #include "electron/state_wave.h"
 #include "support/error.h"
 
@@ -186,7 +187,7 @@ TEST(Sampling, AnglesFollowTheHarmonics) {
 
 // 1s + 2p0 in equal parts: <z>(t) = <1s|z|2p0> cos(0.375 t), <1s|z|2p0> = 2^7 sqrt 2 / 3^5
 // = 0.7449 Bohr.
-TEST(Sampling, SuperpositionMeanFollowsItsBeat) {
+TEST(Sampling, MeanPositionsOfSuperpositions) {
     const auto s = MakeSuperposition({{1.0, State{1, 0, 0}}, {1.0, State{2, 1, 0}}});
     constexpr size_t kMany = 200000;
     // <z²> = (1 + 18) / 2 for the two halves, so the mean of kMany has sd sqrt(9.5 / kMany).
@@ -197,6 +198,17 @@ TEST(Sampling, SuperpositionMeanFollowsItsBeat) {
         for (size_t i = 2; i < xyz.size(); i += 3) sum += xyz[i];
         EXPECT_NEAR(sum / kMany, 128 * std::sqrt(2.0) / 243 * std::cos(0.375 * t), tolerance)
             << "t = " << t;
+    }
+    // sp3 hybrid 0 = -1/2 2s + sqrt 3 / 2 2p along (1, 1, 1) / sqrt 3, its 2p parts sharing one
+    // radial function: <r> = 2 (1/2) (sqrt 3 / 2) 3 along the axis (<2s|z|2p0> = -3 Bohr, from
+    // the radial integral -3 sqrt 3 and the angular 1 / sqrt 3), 1.5 Bohr on each axis.
+    // <x²> is at most 14 for these parts.
+    const std::vector<double> xyz =
+        Points(Hybrid(HybridKind::Sp3, 0), SampleWeight::Density, 0, 5, kMany);
+    for (int axis = 0; axis < 3; ++axis) {
+        double sum = 0;
+        for (size_t i = axis; i < xyz.size(); i += 3) sum += xyz[i];
+        EXPECT_NEAR(sum / kMany, 1.5, 4.5 * std::sqrt(14.0 / kMany)) << axis;
     }
 }
 
