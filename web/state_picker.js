@@ -98,7 +98,7 @@ function addTerm(text) {
 export function buildPicker(catalogue, choose) {
   const select = $('catalogue');
   select.append(new Option('— choose —', ''));
-  for (const n of [1, 2, 3, 4]) {
+  for (const n of [...new Set(catalogue.map((o) => o.n))]) {
     const group = document.createElement('optgroup');
     group.label = `n = ${n}`;
     for (const info of catalogue.filter((o) => o.n === n)) {
