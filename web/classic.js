@@ -307,7 +307,7 @@ export function layout() {
   $('overlay').width = edge;
   $('overlay').height = edge;
   // The small picture at two or three times its pixels, beside the large one when there is room.
-  const nano = Math.max(1, Math.min(3, Math.floor(Math.min(room * dpr, edge * 0.7) / 127)));
+  const nano = room < 600 ? 1 : Math.max(1, Math.min(3, Math.floor(Math.min(room * dpr, edge * 0.7) / 127)));
   const nanoCss = `${(nano * 127) / dpr}px`;
   Object.assign($('nano').style, { width: nanoCss, height: nanoCss });
   drawOverlay();

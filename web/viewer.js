@@ -122,6 +122,7 @@ async function refresh() {
     $('statsBox').hidden = state.kind !== 'classic';
     $('compareBox').hidden = state.kind !== 'compare';
     $('look').hidden = state.kind === 'classic';
+    for (const id of ['savePly', 'saveGlb', 'saveStl']) $(id).hidden = state.kind === 'classic';
     if (state.kind === 'classic') await showClassic();
     else if (state.kind === 'compare') await showCompare();
     else await show3d();
@@ -229,7 +230,8 @@ function describeKind(info) {
   if (t.average) return `the average of all ${t.n}${'spdf'[t.l]} orbitals: round, with no sign`;
   if (t.complex) return `complex, with a definite m = ${fixed(t.m, 0)} (angular momentum ${fixed(t.m, 0)} ħ about z)`;
   if (t.m === 0) return 'real, m = 0';
-  return `real: the combination of m = +${Math.abs(t.m)} and m = −${Math.abs(t.m)} (${t.m > 0 ? 'cos' : 'sin'} ${Math.abs(t.m)}φ)`;
+  const angle = `${Math.abs(t.m) === 1 ? '' : Math.abs(t.m)}φ`;
+  return `real: the combination of m = +${Math.abs(t.m)} and m = −${Math.abs(t.m)} (${t.m > 0 ? 'cos' : 'sin'} ${angle})`;
 }
 
 const fixed = (v, d) => (v < 0 ? `−${(-v).toFixed(d)}` : v.toFixed(d));
