@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "electron/catalogue.h"
 #include "engine/cOrbitalCol.h"
 #include "engine/cVeltara.h"
 #include "support/clock.h"
@@ -55,7 +56,7 @@ void BM_Add(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_Add)
-    ->ArgsProduct({benchmark::CreateDenseRange(0, 39, 1), {0, 1}})
+    ->ArgsProduct({benchmark::CreateDenseRange(0, kCatalogueLastIndex, 1), {0, 1}})
     ->Unit(benchmark::kMillisecond);
 
 // Milliseconds of processor time used by this thread: unlike the wall clock, not inflated
@@ -70,9 +71,10 @@ double ThreadCpuMs() {
 // iterations, in wall and in processor time) as counters.
 void BM_AddAllPairs(benchmark::State& state) {
     FixedSeedClock clock;
-    std::vector<double> wall(80, 1e300), cpu(80, 1e300);
+    constexpr size_t kPairs = 2 * kCatalogueSize;
+    std::vector<double> wall(kPairs, 1e300), cpu(kPairs, 1e300);
     for (auto _ : state) {
-        for (int16_t i = 0; i < 40; ++i) {
+        for (int16_t i = 0; i < kCatalogueSize; ++i) {
             for (ViewMode view : {ViewMode::PDF, ViewMode::DRPDF}) {
                 const OrbitalSetup s = DefaultSetup(Catalogue()[static_cast<size_t>(i)], i, view);
                 const size_t k = static_cast<size_t>(i) * 2 + static_cast<size_t>(view);
@@ -89,9 +91,9 @@ void BM_AddAllPairs(benchmark::State& state) {
     }
     std::sort(wall.begin(), wall.end());
     std::sort(cpu.begin(), cpu.end());
-    state.counters["median_ms"] = (wall[39] + wall[40]) / 2;
+    state.counters["median_ms"] = (wall[kPairs / 2 - 1] + wall[kPairs / 2]) / 2;
     state.counters["worst_ms"] = wall.back();
-    state.counters["median_cpu_ms"] = (cpu[39] + cpu[40]) / 2;
+    state.counters["median_cpu_ms"] = (cpu[kPairs / 2 - 1] + cpu[kPairs / 2]) / 2;
     state.counters["worst_cpu_ms"] = cpu.back();
 }
 BENCHMARK(BM_AddAllPairs)->Unit(benchmark::kMillisecond)->Iterations(3);
@@ -115,7 +117,7 @@ BENCHMARK(BM_ReFill20000)
     ->Args({0, 0})   // 1S density
     ->Args({9, 0})   // 3Dz2 density
     ->Args({36, 1})  // averaged 4S radial distribution: most of the cube above the threshold
-    ->Args({39, 0})  // averaged 4F density
+    ->Args({kCatalogueLastIndex, 0})  // averaged 4F density
     ->Unit(benchmark::kMillisecond);
 
 // Resident memory, in pages of /proc/self/statm.
@@ -138,7 +140,7 @@ void BM_MemoryPerOrbital(benchmark::State& state) {
         auto col = std::make_unique<cOrbitalCol>();
         const long before = ResidentPages();
         for (int k = 0; k < kOrbitals; ++k) {
-            const auto index = static_cast<int16_t>((k * 7) % 40);
+            const auto index = static_cast<int16_t>((k * 7) % kCatalogueSize);
             const ViewMode view = k % 2 == 0 ? ViewMode::PDF : ViewMode::DRPDF;
             col->Add(DefaultSetup(Catalogue()[static_cast<size_t>(index)], index, view));
         }

@@ -182,6 +182,8 @@ class Reader {
             if (Peek() == '*' || (Peek() == 'i' && PeekAt(1) == '*')) {
                 factor *= Peek() == 'i' ? Complex(0, Real(token, start)) : Real(token, start);
                 mAt += Peek() == 'i' ? 2 : 1;
+            } else if (Peek() == 'i') {
+                FailAt(mAt + 1, "expected '*' after the coefficient");
             } else {
                 Quantum(WholeFrom(token, start, "n"), factor, terms);
                 return;

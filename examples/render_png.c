@@ -1,6 +1,6 @@
 /* render_png: renders one orbital to a PNG file through the Veltara C interface alone.
  *
- *   render_png OUT.png [INDEX]      INDEX: catalogue index 0..39 (default 9, 3Dz²)
+ *   render_png OUT.png [INDEX]      INDEX: catalogue index 0..VT_CATALOGUE_SIZE - 1 (default 9, 3Dz²)
  *
  * Adds the orbital with the catalogue's defaults for the density view, renders a Main
  * orthographic picture of its dot cloud into a buffer and writes it as an 8-bit RGB PNG with
@@ -24,7 +24,7 @@ static int fail(const char *what, int32_t rc) {
 
 int main(int argc, char **argv) {
     vt_engine *engine = NULL;
-    vt_OrbInfo catalogue[40];
+    vt_OrbInfo catalogue[VT_CATALOGUE_SIZE];
     vt_OrbitalSetup setup;
     vt_RenderRequest request;
     int16_t slot = 0;
@@ -35,18 +35,18 @@ int main(int argc, char **argv) {
     size_t i, pixels;
 
     if (argc < 2 || argc > 3) {
-        fprintf(stderr, "usage: render_png OUT.png [INDEX 0..39]\n");
+        fprintf(stderr, "usage: render_png OUT.png [INDEX 0..%d]\n", VT_CATALOGUE_SIZE - 1);
         return 2;
     }
     if (argc == 3) index = atoi(argv[2]);
-    if (index < 0 || index > 39) {
-        fprintf(stderr, "render_png: INDEX: %d is outside 0..39\n", index);
+    if (index < 0 || index >= VT_CATALOGUE_SIZE) {
+        fprintf(stderr, "render_png: INDEX: %d is outside 0..%d\n", index, VT_CATALOGUE_SIZE - 1);
         return 2;
     }
 
     vt_set_clock(fixed_clock, NULL);
     if ((rc = vt_engine_new(&engine)) != VT_OK) return fail("creating the engine", rc);
-    if ((rc = vt_enum_orbitals_into(engine, catalogue, 40, &width)) != VT_OK) {
+    if ((rc = vt_enum_orbitals_into(engine, catalogue, VT_CATALOGUE_SIZE, &width)) != VT_OK) {
         status = fail("reading the catalogue", rc);
         goto done;
     }

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "electron/catalogue.h"
+
 namespace {
 
 using nlohmann::json;
@@ -198,7 +200,8 @@ TEST(ServeApi, BadBodiesGetA4xxJsonErrorNamingTheField) {
     const std::vector<BadCase> cases = {
         {"/api/orbitals/0/render", R"({"CameraPos": 32768})", 422, 6, "CameraPos"},
         {"/api/orbitals", R"({"OrbitalIndex": 3, "DotThreshold": 256})", 422, 6, "DotThreshold"},
-        {"/api/orbitals", R"({"OrbitalIndex": 40})", 422, 6, "OrbitalIndex"},
+        {"/api/orbitals", json{{"OrbitalIndex", veltara::kCatalogueSize}}.dump(), 422, 6,
+         "OrbitalIndex"},
         {"/api/orbitals/0/refill", R"({"Threshold": 10, "Target": 32768})", 422, 6, "Target"},
         {"/api/orbitals/0/render", R"({"Theta": "north"})", 400, 13, "Theta"},
         {"/api/orbitals/0/render", R"({"Theta": )", 400, 13, ""},

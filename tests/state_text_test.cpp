@@ -121,6 +121,7 @@ TEST(ParseState, MalformedTextIsRefusedAtItsCharacterAndFieldsOutOfRangeByName) 
         {"Z=;1,0,0", "at character 3: Z must be a whole number"},
         {"(0.6+0.8i*2,1,0", "at character 10: expected '+', '-' or ')'"},
         {"()*1,0,0", "at character 2: expected a number in the coefficient"},
+        {"0.8i 1,0,0", "at character 6: expected '*' after the coefficient"},
         {"0.6 2,1,0", "at character 1: n must be a whole number"},  // 0.62 before ','
         {"2,1,0-", "at character 7: expected a state"},
         {"1e999*1,0,0", "at character 1: the number is outside the range of a double"},
