@@ -73,6 +73,29 @@ function VeltaraApi(M) {
     if (rc !== 0) throw new EngineError(rc, M.UTF8ToString(M._vt_error_text(rc)));
   };
 
+  // A refused state says why in a sentence of its own (a parse error points at the character).
+  const checkState = (rc) => {
+    if (rc === 0) return;
+    const sentence = M.UTF8ToString(M._vtw_last_message());
+    throw new EngineError(rc, sentence || M.UTF8ToString(M._vt_error_text(rc)));
+  };
+  const withBuffer = (bytes, f) => {
+    const b = M._malloc(Math.max(8, bytes));
+    try {
+      return f(b);
+    } finally {
+      M._free(b);
+    }
+  };
+  const withText = (text, f) => {
+    const bytes = new TextEncoder().encode(String(text));
+    return withBuffer(bytes.length + 1, (b) => {
+      M.HEAPU8.set(bytes, b);
+      M.HEAPU8[b + bytes.length] = 0;
+      return f(b);
+    });
+  };
+
   check(M._vt_create(at.engine));
   const engine = view().getInt32(at.engine, true);
   M._vtw_default_request(at.request);
@@ -181,6 +204,45 @@ function VeltaraApi(M) {
       } finally {
         M._free(buffer);
       }
+    },
+    /** Whether this engine reads any state (the text form, samples, surfaces). */
+    statesKnown: typeof M._vtw_state_describe === 'function',
+    /** The state written as `text`: its engine text form, terms, catalogue row and facts. */
+    describe(text) {
+      return withText(text, (t) => {
+        checkState(M._vtw_state_describe(t, at.i32));
+        return JSON.parse(M.UTF8ToString(view().getUint32(at.i32, true)));
+      });
+    },
+    /** `count` exact samples at time t: xyz (Float32Array, Bohr radii), phase (radians), density. */
+    sample(text, t, seed, count, weight) {
+      return withText(text, (s) => withBuffer(count * 20, (b) => {
+        checkState(M._vtw_state_sample(s, t, seed, count, weight, b, b + count * 12, b + count * 16));
+        const floats = (from, to) => new Float32Array(M.HEAPU8.slice(b + count * from, b + count * to).buffer);
+        return { xyz: floats(0, 12), phase: floats(12, 16), density: floats(16, 20) };
+      }));
+    },
+    /** The boundary surface holding `fraction` of the probability at time t. */
+    surface(text, t, fraction, resolution) {
+      return withText(text, (s) => {
+        checkState(M._vtw_state_surface(s, t, fraction, resolution, at.i32, at.facts));
+        const v = view();
+        const vertices = v.getInt32(at.i32, true);
+        const triangles = v.getInt32(at.i32 + 4, true);
+        const copy = (p, bytes) => M.HEAPU8.slice(p, p + bytes).buffer;
+        return { level: v.getFloat64(at.facts, true),
+          xyz: new Float32Array(copy(M._vtw_surface_xyz(), vertices * 12)),
+          triangles: new Uint32Array(copy(M._vtw_surface_triangles(), triangles * 12)),
+          phase: new Float32Array(copy(M._vtw_surface_phase(), vertices * 4)) };
+      });
+    },
+    /** P(r) of the state at time t at each radius. */
+    stateRadial(text, t, radii) {
+      return withText(text, (s) => withBuffer(radii.length * 16, (b) => {
+        new Float64Array(M.HEAPU8.buffer, b, radii.length).set(radii);
+        checkState(M._vtw_state_radial(s, t, b, radii.length, b + radii.length * 8));
+        return Array.from(new Float64Array(M.HEAPU8.buffer, b + radii.length * 8, radii.length));
+      }));
     },
     about() {
       check(M._vt_about_texts(at.about));
