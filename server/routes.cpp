@@ -263,8 +263,6 @@ void Refill(ServerState&, Collection& c, const Request& req, Response& res, cons
         }
         vt_get_setup(e, handle, &c.live[handle]);
         vt_get_stats(e, handle, &stats);
-        // A state's defaults (radius, and a catalogue orbital's own row) are the engine's.
-        if (state) vt_get_setup(e, handle, &setup);
     });
     if (error.failed()) return SendError(res, error);
     SendJson(res, 200, vtjson::StatsJson(stats));
