@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "electron/hybrids.h"
 #include "engine/cOrbitalCol.h"
 #include "engine/cVeltara.h"
 #include "support/clock.h"
@@ -57,6 +58,25 @@ void BM_Add(benchmark::State& state) {
 BENCHMARK(BM_Add)
     ->ArgsProduct({benchmark::CreateDenseRange(0, 39, 1), {0, 1}})
     ->Unit(benchmark::kMillisecond);
+
+// Adding a state that is no catalogue row, with its defaults (5000 dots) in the density view:
+// 0, a single n = 10 state (the octant); 1, a superposition of two n <= 10 states (the whole
+// cube); 2, the sp3 hybrid's first member (the whole cube).
+void BM_AddState(benchmark::State& state) {
+    FixedSeedClock clock;
+    const Superposition s = state.range(0) == 0 ? MakeSuperposition(State{10, 4, 3})
+                            : state.range(0) == 1
+                                ? MakeSuperposition({Term{{0.6, 0.0}, State{10, 4, 3}},
+                                                     Term{{0.0, 0.8}, State{9, 2, 0}}})
+                                : Hybrid(HybridKind::Sp3, 0);
+    OrbitalSetup setup;
+    setup.OrbitalViewMode = static_cast<ViewMode>(state.range(1));
+    for (auto _ : state) {
+        cOrbitalCol col;
+        benchmark::DoNotOptimize(col.AddState(s, 0.0, setup));
+    }
+}
+BENCHMARK(BM_AddState)->ArgsProduct({{0, 1, 2}, {0, 1}})->Unit(benchmark::kMillisecond);
 
 // Milliseconds of processor time used by this thread: unlike the wall clock, not inflated
 // when other processes share the cores.

@@ -6,8 +6,11 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 #include <string_view>
 
+#include "electron/modOrbitals.h"
+#include "electron/radius_holding.h"
 #include "support/convert.h"
 
 namespace veltara {
@@ -60,6 +63,30 @@ double ParseNumber(const std::string& text) {
 
 }  // namespace
 
+namespace {
+
+/// Dots of a state when none are asked for.
+constexpr int16_t kDefaultStateDots = 5000;
+
+/// The catalogue row a superposition is, if any: one state (any coefficient: its density is
+/// the state's) that is real with Z = 1, or a shell average, and that the catalogue lists.
+std::optional<int16_t> CatalogueRowOf(const Superposition& s) {
+    if (s.Terms().size() != 1) return std::nullopt;
+    const State& state = s.Terms()[0].state;
+    if (state.Z != 1 || state.basis != Basis::Real) return std::nullopt;
+    for (int16_t i = 0; i < modOrbitals::kOrbitalCount; ++i) {
+        const OrbInfo info = modOrbitals::CreateElectron(i)->GetInfo();
+        const bool average = info.OrbType == OrbitalType::AverageOrbs;
+        if (state.shellAverage == average && state.n == info.n && state.l == info.l &&
+            (average || state.m == info.M)) {
+            return i;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
 int32_t ConvertOrbitalIndex(const OrbitalIndexValue& index) {
     struct Visitor {
         int32_t operator()(int16_t v) const { return v; }
@@ -105,23 +132,54 @@ int32_t cOrbitalCol::ReFillDotMatrix(const OrbitalIndexValue& index, const uint8
 
 OrbitalStats cOrbitalCol::GetStats(const int16_t& index) { return Occupant(index).GetStats(); }
 
-int16_t cOrbitalCol::Add(const OrbitalSetup& Info) {
+cOrbital& cOrbitalCol::NewRenderer(ViewMode view) {
     // Grow by one slot when every slot is taken.
     if (mNextOrbIndex > UBound()) mOrbitals.resize(static_cast<size_t>(mNextOrbIndex) + 1);
 
     // The renderer of the view; any other view leaves the slot empty.
     std::unique_ptr<cOrbital>& slot = mOrbitals[static_cast<size_t>(mNextOrbIndex)];
-    slot = CreateOrbitalRenderer(Info.OrbitalViewMode);
-
-    // The whole calculation. An error leaves the renderer in its slot and the next index
-    // as it was: the slot stays taken until the host deletes it.
+    slot = CreateOrbitalRenderer(view);
     if (!slot) Raise(kErrObjectNotSet);
-    slot->Setup(Info);
+    return *slot;
+}
 
-    // The slot that the next Add fills.
+int16_t cOrbitalCol::Filled() {
     const int16_t result = mNextOrbIndex;
     FindNextOrbIndex();
     return result;
+}
+
+int16_t cOrbitalCol::Add(const OrbitalSetup& Info) {
+    // The whole calculation. An error leaves the renderer in its slot and the next index
+    // as it was: the slot stays taken until the host deletes it.
+    NewRenderer(Info.OrbitalViewMode).Setup(Info);
+    return Filled();
+}
+
+int16_t cOrbitalCol::AddState(const Superposition& s, double t, const OrbitalSetup& Info) {
+    OrbitalSetup setup = Info;
+    if (setup.DotTarget == 0) setup.DotTarget = kDefaultStateDots;
+
+    // A catalogue row keeps the row's defaults and its draw.
+    if (const std::optional<int16_t> row = CatalogueRowOf(s)) {
+        const OrbInfo info = modOrbitals::CreateElectron(*row)->GetInfo();
+        const bool pdf = setup.OrbitalViewMode == ViewMode::PDF;
+        setup.OrbitalIndex = *row;
+        if (setup.AtomRadius == 0) {
+            setup.AtomRadius = pdf ? info.DefaultPDFAtomRadius : info.DefaultDRPDFAtomRadius;
+        }
+        if (setup.DotThreshold == 0) {
+            setup.DotThreshold =
+                NarrowByte(pdf ? info.DefaultPDFDotThreshold : info.DefaultDRPDFDotThreshold);
+        }
+        return Add(setup);
+    }
+
+    if (!std::isfinite(t)) Raise(kErrInvalidCall, "the time t must be a finite number");
+    if (setup.AtomRadius == 0) setup.AtomRadius = DefaultAtomRadius(s);
+    setup.OrbitalIndex = 0;
+    NewRenderer(setup.OrbitalViewMode).SetupState(s, t, setup);
+    return Filled();
 }
 
 void cOrbitalCol::Delete(const int16_t& OrbIndex) {

@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "../electron/state.h"
 #include "../records/PublicTypes.h"
 #include "../render/cOrbital.h"
 
@@ -52,6 +53,18 @@ class cOrbitalCol {
     /// for the next Add (slot 32767 filled and none empty); the orbital is in place regardless.
     int16_t Add(const OrbitalSetup& Info);
 
+    /// Adds a state or superposition at time t (hbar/E_h) like a catalogue orbital: grid, dots,
+    /// statistics, every mode and size. Info gives the view, AtomRadius, DotTarget and
+    /// DotThreshold (OrbitalIndex is not read); a field of 0 takes its default: the radius that
+    /// holds 99.9 % of the probability, 5000 dots, threshold 0. A single state the catalogue
+    /// lists (real, Z = 1, or a shell average) is added as that catalogue row, with the row's
+    /// radius and threshold as defaults, so it gives the row's bytes, dots and pictures. Any
+    /// other state's dots are exact samples of the view inside the cube (the threshold does
+    /// not thin them); a superposition of several states is sampled over the whole cube.
+    /// Returns the index. Raises as Add does, 5 (with a sentence) for a non-finite t, and 6
+    /// when the default radius exceeds 16 bits.
+    int16_t AddState(const Superposition& s, double t, const OrbitalSetup& Info);
+
     /// Empties slot OrbIndex (an empty slot is fine). Only the last slot is removed, and only
     /// when it is not slot 0. Raises 9 outside the bounds.
     void Delete(const int16_t& OrbIndex);
@@ -67,6 +80,11 @@ class cOrbitalCol {
     const cOrbital& Orbital(int16_t index) const;
 
   private:
+    /// The slot the next Add fills, grown when every slot is taken, holding a new renderer of
+    /// the view (empty for any other view: 91).
+    cOrbital& NewRenderer(ViewMode view);
+    /// The index just filled; moves on to the next free slot (6 when none is left).
+    int16_t Filled();
     void FindNextOrbIndex();
     /// Raises 9 outside the bounds.
     void CheckBounds(int32_t index) const;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 
+#include "../electron/state.h"
 #include "../records/PublicTypes.h"
 
 namespace veltara {
@@ -16,6 +17,11 @@ class cOrbital {
     /// Makes the electron, scales it, samples the probability grid, fills the first dot cloud
     /// and writes the statistics. Called once, first.
     virtual void Setup(const OrbitalSetup& DrawCmds) = 0;
+    /// Setup for a state or superposition at time t (hbar/E_h) instead of a catalogue row
+    /// (OrbitalIndex is not read). A state whose density lacks mirror symmetry is sampled over
+    /// the whole cube; its dots are exact samples of the view. Called once, first, instead of
+    /// Setup. Raises 5 (with a sentence) for a non-finite t, and Setup's errors.
+    virtual void SetupState(const Superposition& s, double t, const OrbitalSetup& DrawCmds) = 0;
     /// A copy of the statistics.
     virtual OrbitalStats GetStats() = 0;
     /// A new dot cloud from the existing grid; always returns 0. Raises 6 for a TargetNum outside
@@ -30,8 +36,11 @@ class cOrbital {
     virtual const OrbitalSetup& SetupRecord() const = 0;
     /// The dot cloud (empty before the first fill).
     virtual std::span<const PointArray> Dots() const = 0;
-    /// The 128^3 probability grid, X fastest (empty when it was never sampled).
+    /// The probability grid, GridEdge()³ levels, X fastest (empty when it was never sampled).
     virtual std::span<const uint8_t> ProbMatrix() const = 0;
+    /// Points per edge of ProbMatrix: 128 (one octant, index 0 at the nucleus) or 255 (the
+    /// whole cube of a state without mirror symmetry, index 127 at the nucleus).
+    virtual int32_t GridEdge() const = 0;
     /// The volumetric preview's resolution factor: 9 at first, then adapted after every
     /// preview so that one takes about 50 ms (a preview is Int(quality x factor) pixels wide).
     virtual float VolFactor() const = 0;

@@ -57,58 +57,34 @@ struct RowSampler {
     }
 };
 
-}  // namespace
+// The origin stands for itself only.
+void SampleOrigin(ProbGrid& g, RowSampler& sample, LevelCounts& once) {
+    const uint8_t v = sample.AlongX(0, 0, 0, 0)[0];
+    g(0, 0, 0) = v;
+    once.Add(v, 0);
+}
 
-void OrbitalRenderer::CalcProbabilities() {
-    cElectron& e = LiveElectron();
-    mProbMatrix.Reset();
-    std::memset(mStats.ProbFreqs, 0, sizeof(mStats.ProbFreqs));
-    ProbGrid& g = mProbMatrix;
-    // Evaluations by the weight they carry: 1 (origin), 2 (half-axes), 4 (quarter-planes) and
-    // that of the open octant's treatment.
-    auto counts = std::make_unique<LevelCounts[]>(4);
-    LevelCounts& once = counts[0];
-    LevelCounts& twice = counts[1];
-    LevelCounts& fourTimes = counts[2];
-    LevelCounts& octant = counts[3];
-    int32_t octantWeight = 0;
-
-    // The squared coordinate of each grid index: index 127 lies at the atom radius.
-    const double step = static_cast<double>(mSetup.AtomRadius) / 127.0;
-    std::array<double, ProbGrid::kSize> squares{};
-    for (int32_t i = 0; i <= kLast; ++i) {
-        const double c = static_cast<double>(i) * step;
-        squares[i] = c * c;
+// Each point of a half-axis stands for itself and its mirror image.
+void SampleHalfAxes(ProbGrid& g, RowSampler& sample, LevelCounts& twice) {
+    const uint8_t* vx = sample.AlongX(1, kLast, 0, 0);
+    for (int32_t i = 1; i <= kLast; ++i) {
+        g(i, 0, 0) = vx[i - 1];
+        twice.Add(vx[i - 1], i);
     }
-    RowSampler sample{e, mView, squares.data()};
-
-    // The origin stands for itself only.
-    {
-        const uint8_t v = sample.AlongX(0, 0, 0, 0)[0];
-        g(0, 0, 0) = v;
-        once.Add(v, 0);
+    const uint8_t* vy = sample.AlongY(0, 1, kLast, 0);
+    for (int32_t i = 1; i <= kLast; ++i) {
+        g(0, i, 0) = vy[i - 1];
+        twice.Add(vy[i - 1], i);
     }
-
-    // Each point of a half-axis stands for itself and its mirror image.
-    {
-        const uint8_t* vx = sample.AlongX(1, kLast, 0, 0);
-        for (int32_t i = 1; i <= kLast; ++i) {
-            g(i, 0, 0) = vx[i - 1];
-            twice.Add(vx[i - 1], i);
-        }
-        const uint8_t* vy = sample.AlongY(0, 1, kLast, 0);
-        for (int32_t i = 1; i <= kLast; ++i) {
-            g(0, i, 0) = vy[i - 1];
-            twice.Add(vy[i - 1], i);
-        }
-        const uint8_t* vz = sample.AlongZ(0, 0, 1, kLast);
-        for (int32_t i = 1; i <= kLast; ++i) {
-            g(0, 0, i) = vz[i - 1];
-            twice.Add(vz[i - 1], i);
-        }
+    const uint8_t* vz = sample.AlongZ(0, 0, 1, kLast);
+    for (int32_t i = 1; i <= kLast; ++i) {
+        g(0, 0, i) = vz[i - 1];
+        twice.Add(vz[i - 1], i);
     }
+}
 
-    // Each point of a quarter-plane stands for four images.
+// Each point of a quarter-plane stands for four images.
+void SampleQuarterPlanes(ProbGrid& g, RowSampler& sample, LevelCounts& fourTimes) {
     for (int32_t b = 1; b <= kLast; ++b) {
         const uint8_t* vz0 = sample.AlongX(1, kLast, b, 0);  // plane Z = 0, row Y = b
         for (int32_t a = 1; a <= kLast; ++a) {
@@ -126,13 +102,16 @@ void OrbitalRenderer::CalcProbabilities() {
             fourTimes.Add(vx0[a - 1], a);
         }
     }
+}
 
-    // The open octant, shortened by the symmetry the orbital declares for this view. Each
-    // evaluation adds its full weight even where the elements it writes coincide (X = Y under
-    // F16xy, the repeated permutations of F32): ProbFreqs then over-counts those points. This
-    // is intended: the dot fill's acceptance thresholds are worked out from these counts.
-    const OrbInfo info = e.GetInfo();
-    const OptFactor factor = mView == ViewMode::PDF ? info.PDFOptFactor : info.DRPDFOptFactor;
+// The open octant, shortened by the symmetry the orbital declares for this view; returns the
+// weight of each evaluation (0: an unknown factor leaves the octant unsampled). Each
+// evaluation adds its full weight even where the elements it writes coincide (X = Y under
+// F16xy, the repeated permutations of F32): ProbFreqs then over-counts those points. This is
+// intended: the dot fill's acceptance thresholds are worked out from these counts.
+int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, ViewMode view,
+                         LevelCounts& octant) {
+    int32_t octantWeight = 0;
     switch (factor) {
         case OptFactor::F8:
             octantWeight = 8;
@@ -165,7 +144,7 @@ void OrbitalRenderer::CalcProbabilities() {
         case OptFactor::F16yz:
             // Mirror in the plane Y = Z. The radial view leaves the open octant unsampled for
             // this factor; that difference between the views is intended and kept.
-            if (mView == ViewMode::DRPDF) break;
+            if (view == ViewMode::DRPDF) break;
             octantWeight = 16;
             for (int32_t y = 1; y <= kLast; ++y) {
                 for (int32_t z = 1; z <= y; ++z) {
@@ -216,10 +195,43 @@ void OrbitalRenderer::CalcProbabilities() {
             break;
     }
 
+    return octantWeight;
+}
+
+}  // namespace
+
+void OrbitalRenderer::CalcProbabilities() {
+    if (mStateElectron != nullptr) {
+        CalcStateGrid();
+        return;
+    }
+    cElectron& e = LiveElectron();
+    mProbMatrix.Reset();
+    std::memset(mStats.ProbFreqs, 0, sizeof(mStats.ProbFreqs));
+    // Evaluations by the weight they carry: 1 (origin), 2 (half-axes), 4 (quarter-planes) and
+    // that of the open octant's treatment.
+    auto counts = std::make_unique<LevelCounts[]>(4);
+
+    // The squared coordinate of each grid index: index 127 lies at the atom radius.
+    const double step = static_cast<double>(mSetup.AtomRadius) / 127.0;
+    std::array<double, ProbGrid::kSize> squares{};
+    for (int32_t i = 0; i <= kLast; ++i) {
+        const double c = static_cast<double>(i) * step;
+        squares[i] = c * c;
+    }
+    RowSampler sample{e, mView, squares.data()};
+
+    SampleOrigin(mProbMatrix, sample, counts[0]);
+    SampleHalfAxes(mProbMatrix, sample, counts[1]);
+    SampleQuarterPlanes(mProbMatrix, sample, counts[2]);
+    const OrbInfo info = e.GetInfo();
+    const OptFactor factor = mView == ViewMode::PDF ? info.PDFOptFactor : info.DRPDFOptFactor;
+    const int32_t octantWeight = SampleOpenOctant(mProbMatrix, sample, factor, mView, counts[3]);
+
     // Each evaluation's weight, once per evaluation.
     for (int32_t v = 0; v <= 255; ++v) {
-        mStats.ProbFreqs[v] = once.Total(v) + 2 * twice.Total(v) + 4 * fourTimes.Total(v) +
-                              octantWeight * octant.Total(v);
+        mStats.ProbFreqs[v] = counts[0].Total(v) + 2 * counts[1].Total(v) + 4 * counts[2].Total(v) +
+                              octantWeight * counts[3].Total(v);
     }
 }
 

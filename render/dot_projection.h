@@ -12,6 +12,24 @@
 
 namespace veltara {
 
+/// floor(v) as a 32-bit whole number, for |v| well inside the 32-bit range (turned dots lie
+/// within 127 x sqrt(3) of the centre): the truncation, one lower for a negative fraction.
+inline int32_t FloorToInt(double v) {
+    const auto i = static_cast<int32_t>(v);
+    return v < static_cast<double>(i) ? i - 1 : i;
+}
+
+/// A dot's shade rounded half to even, as ToInt32 gives it: shades of a cloud lie in 1..255, and
+/// for those adding and taking away 1.5 x 2^52 rounds in the processor's nearest-even mode
+/// without a library call; any other value takes the checked conversion (error 6 outside).
+inline int32_t RoundShade(double s) {
+    if (s >= 0.0 && s < 256.0) {
+        constexpr double kRounder = 6755399441055744.0;
+        return static_cast<int32_t>((s + kRounder) - kRounder);
+    }
+    return ToInt32(s);
+}
+
 /// modMaths::ProjectOntoPlane for cameras on the line Z = 0, Y = camY, with the work shared by
 /// every dot of a frame (and by both eyes of an anaglyph) hoisted out: the same arithmetic
 /// step for step, so the same pixels. Scale gives the single-precision T of a point at `depth`,
@@ -86,8 +104,8 @@ class DotProjection {
             row = mLast.Z;
             return;
         }
-        col = static_cast<int32_t>(std::floor(t.across));
-        row = static_cast<int32_t>(std::floor(t.up));
+        col = FloorToInt(t.across);
+        row = FloorToInt(t.up);
         if (mNano) {
             col /= 2;  // remainder dropped, towards zero
             row /= 2;

@@ -1,4 +1,4 @@
-// The drawing helpers: integer lines over mVolBits and the transector outline drawn on pictures.
+// The drawing helpers: integer lines over the frame and the transector outline drawn on pictures.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -111,7 +111,8 @@ void WalkLine(bool steep, int32_t majorFrom, int32_t majorTo, int32_t minorFrom,
 
 }  // namespace
 
-void OrbitalRenderer::DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, VbBool RestoreMode) {
+void OrbitalRenderer::DrawLine(const FrameView& frame, int32_t X1, int32_t Y1, int32_t X2,
+                               int32_t Y2, VbBool RestoreMode) {
     int32_t dX = Sub32(X2, X1);
     int32_t dY = Sub32(Y2, Y1);
     int32_t step = 1;
@@ -122,7 +123,7 @@ void OrbitalRenderer::DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, V
     if (RestoreMode != kTrue && RestoreMode != kFalse) return;
 
     auto touch = [&](int32_t col, int32_t row, int64_t) {
-        RGBA& px = mMemory.mVolBits.At(col, row);
+        RGBA& px = frame.At(col, row);
         if (RestoreMode == kTrue) {
             px.B = px.A;  // the grey value saved under the outline comes back
             px.G = px.A;
@@ -160,8 +161,8 @@ void OrbitalRenderer::DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, V
     }
 }
 
-void OrbitalRenderer::DrawDepthLine(int32_t X1, int32_t Z1, int32_t X2, int32_t Z2, int32_t Depth1,
-                                    int32_t Depth2, int32_t Colour) {
+void OrbitalRenderer::DrawDepthLine(const FrameView& frame, int32_t X1, int32_t Z1, int32_t X2,
+                                    int32_t Z2, int32_t Depth1, int32_t Depth2, int32_t Colour) {
     int32_t dX = Sub32(X2, X1);
     int32_t dZ = Sub32(Z2, Z1);
     int32_t dDepth = Sub32(Depth2, Depth1);
@@ -189,7 +190,7 @@ void OrbitalRenderer::DrawDepthLine(int32_t X1, int32_t Z1, int32_t X2, int32_t 
     auto touch = [&](int32_t col, int32_t row, int64_t n) {
         // Linear shade from Depth1 to Depth2 along the major axis; exactly Depth2 at the end.
         const int64_t s = Depth1 + int64_t{dDepth} * n / dMajor;
-        RGBA& px = mMemory.mVolBits.At(col, row);
+        RGBA& px = frame.At(col, row);
         if (Colour == kWhite) {
             // The single-image outline brightens what lies under it, saturating at white;
             // a negative sum has no byte and overflows.
@@ -216,15 +217,15 @@ void OrbitalRenderer::DrawDepthLine(int32_t X1, int32_t Z1, int32_t X2, int32_t 
     }
 }
 
-void OrbitalRenderer::DrawTransector() {
-    const ViewTurn turn(mReq.Theta, mReq.Phi);
-    const bool main = IsMainSize(mReq.Size);
+void OrbitalRenderer::DrawTransector(const RenderRequest& req, const FrameView& frame) {
+    const ViewTurn turn(req.Theta, req.Phi);
+    const bool main = IsMainSize(req.Size);
     // 1/sqrt(3) and 2/sqrt(3): a cube corner maps to a shade offset of about 127.
     const double depthScale = main ? 0.577350269189625 : 1.15470053837925;
     const int32_t centre = mMemory.mMaxPixel / 2;
 
     COORDdouble corners[4];
-    TransectorCorners(mReq, corners);
+    TransectorCorners(req, corners);
     COORDdouble turned[4];
     for (int c = 0; c < 4; ++c) {
         const COORDdouble& p = corners[c];
@@ -237,23 +238,23 @@ void OrbitalRenderer::DrawTransector() {
     // (depth 0..1 in front of the camera) stays at the origin before the centring.
     COORDlong screen[2][4] = {};
     auto project = [&](int32_t cameraX, COORDlong out[4]) {
-        const COORDlong camera{cameraX, mReq.CameraPos, 0};
+        const COORDlong camera{cameraX, req.CameraPos, 0};
         for (int c = 0; c < 4; ++c) {
-            modMaths::ProjectOntoPlane(camera, turned[c], out[c], mReq.ProjectionPlane);
+            modMaths::ProjectOntoPlane(camera, turned[c], out[c], req.ProjectionPlane);
             out[c].X = Add32(out[c].X, centre);
             out[c].Z = Add32(out[c].Z, centre);
             out[c].Y = ToInt32(128.0 - std::floor(out[c].Y * depthScale));
         }
     };
 
-    const bool anaglyph = mReq.Mode == RenderMode::Anaglyph;
-    if (mReq.Mode == RenderMode::Perspective) {
+    const bool anaglyph = req.Mode == RenderMode::Anaglyph;
+    if (req.Mode == RenderMode::Perspective) {
         project(0, screen[0]);
     } else if (anaglyph) {
         // Eye offset in 16-bit whole numbers, remainder dropped: a positive StereoFactor puts
         // eye one on the negative side.
-        const int16_t spread = Abs16(Sub16(mReq.ProjectionPlane, mReq.CameraPos));
-        const int16_t divisor = Neg16(mReq.StereoFactor);
+        const int16_t spread = Abs16(Sub16(req.ProjectionPlane, req.CameraPos));
+        const int16_t divisor = Neg16(req.StereoFactor);
         if (divisor == 0) Raise(kErrDivisionByZero);
         const int16_t d = Narrow16(spread / divisor);
         project(d, screen[0]);
@@ -268,34 +269,34 @@ void OrbitalRenderer::DrawTransector() {
 
     // Edges run from corner i to corner i - 1 (corner -1 being corner 3).
     auto prev = [](int c) { return (c + 3) % 4; };
-    if (mReq.Mode == RenderMode::Volumetric && mReq.VolFinal != kFalse) {
+    if (req.Mode == RenderMode::Volumetric && req.VolFinal != kFalse) {
         // Save the grey under the outline in the alpha bytes, so that the cached picture can
         // lose this outline later without being computed again.
         for (int c = 0; c < 4; ++c) {
             const COORDlong& a = screen[0][c];
             const COORDlong& b = screen[0][prev(c)];
-            DrawLine(a.X, a.Z, b.X, b.Z, kFalse);
+            DrawLine(frame, a.X, a.Z, b.X, b.Z, kFalse);
         }
     }
     if (anaglyph) {
         for (int c = 0; c < 4; ++c) {
             const COORDlong& a1 = screen[0][c];
             const COORDlong& b1 = screen[0][prev(c)];
-            DrawDepthLine(a1.X, a1.Z, b1.X, b1.Z, a1.Y, b1.Y, kGreen);
+            DrawDepthLine(frame, a1.X, a1.Z, b1.X, b1.Z, a1.Y, b1.Y, kGreen);
             const COORDlong& a2 = screen[1][c];
             const COORDlong& b2 = screen[1][prev(c)];
-            DrawDepthLine(a2.X, a2.Z, b2.X, b2.Z, a2.Y, b2.Y, kRed);
+            DrawDepthLine(frame, a2.X, a2.Z, b2.X, b2.Z, a2.Y, b2.Y, kRed);
         }
         return;
     }
     for (int c = 0; c < 4; ++c) {
         const COORDlong& a = screen[0][c];
         const COORDlong& b = screen[0][prev(c)];
-        DrawDepthLine(a.X, a.Z, b.X, b.Z, a.Y, b.Y, kWhite);
+        DrawDepthLine(frame, a.X, a.Z, b.X, b.Z, a.Y, b.Y, kWhite);
     }
 }
 
-void OrbitalRenderer::EraseTransector() {
+void OrbitalRenderer::EraseTransector(const FrameView& frame) {
     // The outline on the cached picture belongs to the request that the cache was chosen by,
     // the same choice as GetRender's, which decides when this runs.
     const RenderRequest earlier = mMemory.CachedReq();
@@ -314,7 +315,7 @@ void OrbitalRenderer::EraseTransector() {
     }
     for (int c = 0; c < 4; ++c) {
         const int p = (c + 3) % 4;
-        DrawLine(col[c], row[c], col[p], row[p], kTrue);
+        DrawLine(frame, col[c], row[c], col[p], row[p], kTrue);
     }
 }
 

@@ -184,6 +184,11 @@ class DotSink {
 }  // namespace
 
 void OrbitalRenderer::FillDotMatrix() {
+    // A state's dots are exact samples of its view, not draws from the grid.
+    if (mStateElectron != nullptr) {
+        FillStateDots();
+        return;
+    }
     const int16_t target = mSetup.DotTarget;
     const uint8_t thr = mSetup.DotThreshold;
 
@@ -265,6 +270,10 @@ void OrbitalRenderer::FillDotMatrix() {
     // A scan that accepted nothing leaves the previous cloud in place (intended: the picture
     // keeps its dots); a first fill without any dot has no cloud to take the bound of.
     if (mDots.empty()) Raise(kErrSubscript);
+    FinishCloud();
+}
+
+void OrbitalRenderer::FinishCloud() {
     mLastDot = Narrow32(static_cast<int64_t>(mDots.size()) - 1);
 
     // Depth scale from the farthest dot, in grid units.

@@ -25,10 +25,135 @@ void EvaluateRow(cElectron& e, ViewMode view, const double* xs, size_t count, do
     e.NonScaledBatch(view, points, out, count);
 }
 
+constexpr size_t kMaxBatch = 33;  // the most points one evaluation is given
+
+/// The largest value of a smooth function over the cube [lo, hi]³: a coarse scan, then pattern
+/// searches from its peaks (see FindMaxRadialDistribution). eval(xyz, n, out) evaluates n <= 33
+/// points given as x, y, z triples.
+template <typename Eval>
+double ClimbToMax(double lo, double hi, Eval&& eval) {
+    // Stage 1: the coarse scan.
+    constexpr int32_t kDiv = 32;
+    constexpr int32_t kPts = kDiv + 1;
+    const double h = (hi - lo) / kDiv;
+    std::array<double, kPts> xs{};
+    for (int32_t i = 0; i < kPts; ++i) xs[i] = lo + static_cast<double>(i) * h;
+    std::vector<double> grid(static_cast<size_t>(kPts) * kPts * kPts);
+    std::array<double, 3 * kPts> row{};
+    for (int32_t k = 0; k < kPts; ++k) {
+        for (int32_t j = 0; j < kPts; ++j) {
+            for (int32_t i = 0; i < kPts; ++i) {
+                row[3 * i] = xs[i];
+                row[3 * i + 1] = xs[j];
+                row[3 * i + 2] = xs[k];
+            }
+            eval(row.data(), kPts, grid.data() + (static_cast<size_t>(k) * kPts + j) * kPts);
+        }
+    }
+    auto at = [&](int32_t i, int32_t j, int32_t k) {
+        return grid[(static_cast<size_t>(k) * kPts + j) * kPts + i];
+    };
+    struct Candidate {
+        double value;
+        double p[3];
+    };
+    std::vector<Candidate> candidates;
+    double coarseBest = 0.0;
+    for (int32_t k = 0; k < kPts; ++k) {
+        for (int32_t j = 0; j < kPts; ++j) {
+            for (int32_t i = 0; i < kPts; ++i) {
+                const double v = at(i, j, k);
+                coarseBest = std::max(coarseBest, v);
+                if (!(v > 0.0)) continue;
+                bool isPeak = true;
+                for (int32_t dk = -1; dk <= 1 && isPeak; ++dk) {
+                    for (int32_t dj = -1; dj <= 1 && isPeak; ++dj) {
+                        for (int32_t di = -1; di <= 1; ++di) {
+                            const int32_t ni = i + di, nj = j + dj, nk = k + dk;
+                            if (ni < 0 || nj < 0 || nk < 0 || ni >= kPts || nj >= kPts ||
+                                nk >= kPts) {
+                                continue;
+                            }
+                            if (at(ni, nj, nk) > v) {
+                                isPeak = false;
+                                break;
+                            }
+                        }
+                    }
+                }
+                if (isPeak) candidates.push_back({v, {xs[i], xs[j], xs[k]}});
+            }
+        }
+    }
+    std::sort(candidates.begin(), candidates.end(),
+              [](const Candidate& a, const Candidate& b) { return a.value > b.value; });
+    constexpr size_t kClimbs = 8;
+    if (candidates.size() > kClimbs) candidates.resize(kClimbs);
+
+    // Stage 2: pattern search from each candidate.
+    std::array<std::array<double, 3>, 26> moves{};
+    {
+        size_t m = 0;
+        for (int dz = -1; dz <= 1; ++dz) {
+            for (int dy = -1; dy <= 1; ++dy) {
+                for (int dx = -1; dx <= 1; ++dx) {
+                    if (dx == 0 && dy == 0 && dz == 0) continue;
+                    moves[m++] = {static_cast<double>(dx), static_cast<double>(dy),
+                                  static_cast<double>(dz)};
+                }
+            }
+        }
+    }
+    auto clamp = [lo, hi](double v) { return std::min(std::max(v, lo), hi); };
+
+    double best = coarseBest;
+    std::array<double, 3 * 26> trial{};
+    std::array<double, 26> trialValues{};
+    for (const Candidate& c : candidates) {
+        double p[3] = {c.p[0], c.p[1], c.p[2]};
+        double v = c.value;
+        double s = h;
+        // The step halves about 60 times before it drops below a unit in the last place of
+        // the radius; the move cap only guards against a pathological crawl.
+        const double minStep = std::max(-lo, hi) * 1e-17;
+        int32_t movesLeft = 200000;
+        while (s > minStep && movesLeft > 0) {
+            for (size_t m = 0; m < moves.size(); ++m) {
+                const double x = clamp(p[0] + moves[m][0] * s);
+                const double y = clamp(p[1] + moves[m][1] * s);
+                const double z = clamp(p[2] + moves[m][2] * s);
+                trial[3 * m] = x;
+                trial[3 * m + 1] = y;
+                trial[3 * m + 2] = z;
+            }
+            eval(trial.data(), moves.size(), trialValues.data());
+            size_t bestMove = moves.size();
+            double bestValue = v;
+            for (size_t m = 0; m < moves.size(); ++m) {
+                if (trialValues[m] > bestValue) {
+                    bestValue = trialValues[m];
+                    bestMove = m;
+                }
+            }
+            if (bestMove == moves.size()) {
+                s *= 0.5;
+            } else {
+                for (int a = 0; a < 3; ++a) p[a] = clamp(p[a] + moves[bestMove][a] * s);
+                v = bestValue;
+                --movesLeft;
+            }
+        }
+        best = std::max(best, v);
+    }
+    return best;
+}
+
 }  // namespace
 
 double OrbitalRenderer::FindMaxProbability() {
-    if (mView == ViewMode::DRPDF) return FindMaxRadialDistribution();
+    // The radial view's search serves any state's density too: a state's lobes are not the
+    // catalogue's, and the lattice refinement below is the catalogue's own.
+    if (mView == ViewMode::DRPDF || mStateElectron != nullptr) return FindMaxRadialDistribution();
 
     // The density view's search: a lattice over a box that shrinks around the best point, with
     // 14, 13, 12, 14, 13, 12 ... divisions per round, until a round finds nothing better.
@@ -119,116 +244,21 @@ double OrbitalRenderer::FindMaxProbability() {
 double OrbitalRenderer::FindMaxRadialDistribution() {
     cElectron& e = LiveElectron();
     const double radius = static_cast<double>(mSetup.AtomRadius);
-
-    // Stage 1: the coarse scan.
-    constexpr int32_t kDiv = 32;
-    constexpr int32_t kPts = kDiv + 1;
-    const double h = radius / kDiv;
-    std::array<double, kPts> xs{};
-    for (int32_t i = 0; i < kPts; ++i) xs[i] = static_cast<double>(i) * h;
-    std::vector<double> grid(static_cast<size_t>(kPts) * kPts * kPts);
-    std::array<COORDdoubleParams, kPts> points{};
-    for (int32_t k = 0; k < kPts; ++k) {
-        for (int32_t j = 0; j < kPts; ++j) {
-            double* row = grid.data() + (static_cast<size_t>(k) * kPts + j) * kPts;
-            EvaluateRow(e, mView, xs.data(), kPts, xs[j], xs[k], points.data(), row);
-        }
+    if (mWholeCube) {
+        // A state without mirror symmetry: the whole cube, at signed points.
+        StateElectron& state = *mStateElectron;
+        return ClimbToMax(-radius, radius, [&](const double* xyz, size_t n, double* out) {
+            state.SignedBatch(mView, xyz, out, n);
+        });
     }
-    auto at = [&](int32_t i, int32_t j, int32_t k) {
-        return grid[(static_cast<size_t>(k) * kPts + j) * kPts + i];
-    };
-
-    struct Candidate {
-        double value;
-        double p[3];
-    };
-    std::vector<Candidate> candidates;
-    double coarseBest = 0.0;
-    for (int32_t k = 0; k < kPts; ++k) {
-        for (int32_t j = 0; j < kPts; ++j) {
-            for (int32_t i = 0; i < kPts; ++i) {
-                const double v = at(i, j, k);
-                coarseBest = std::max(coarseBest, v);
-                if (!(v > 0.0)) continue;
-                bool isPeak = true;
-                for (int32_t dk = -1; dk <= 1 && isPeak; ++dk) {
-                    for (int32_t dj = -1; dj <= 1 && isPeak; ++dj) {
-                        for (int32_t di = -1; di <= 1; ++di) {
-                            const int32_t ni = i + di, nj = j + dj, nk = k + dk;
-                            if (ni < 0 || nj < 0 || nk < 0 || ni >= kPts || nj >= kPts ||
-                                nk >= kPts) {
-                                continue;
-                            }
-                            if (at(ni, nj, nk) > v) {
-                                isPeak = false;
-                                break;
-                            }
-                        }
-                    }
-                }
-                if (isPeak) candidates.push_back({v, {xs[i], xs[j], xs[k]}});
-            }
+    std::array<COORDdoubleParams, kMaxBatch> points{};
+    return ClimbToMax(0.0, radius, [&](const double* xyz, size_t n, double* out) {
+        for (size_t i = 0; i < n; ++i) {
+            points[i] = {xyz[3 * i] * xyz[3 * i], xyz[3 * i + 1] * xyz[3 * i + 1],
+                         xyz[3 * i + 2] * xyz[3 * i + 2]};
         }
-    }
-    std::sort(candidates.begin(), candidates.end(),
-              [](const Candidate& a, const Candidate& b) { return a.value > b.value; });
-    constexpr size_t kClimbs = 8;
-    if (candidates.size() > kClimbs) candidates.resize(kClimbs);
-
-    // Stage 2: pattern search from each candidate.
-    std::array<std::array<double, 3>, 26> moves{};
-    {
-        size_t m = 0;
-        for (int dz = -1; dz <= 1; ++dz) {
-            for (int dy = -1; dy <= 1; ++dy) {
-                for (int dx = -1; dx <= 1; ++dx) {
-                    if (dx == 0 && dy == 0 && dz == 0) continue;
-                    moves[m++] = {static_cast<double>(dx), static_cast<double>(dy),
-                                  static_cast<double>(dz)};
-                }
-            }
-        }
-    }
-    auto clamp = [radius](double v) { return std::min(std::max(v, 0.0), radius); };
-
-    double best = coarseBest;
-    std::array<COORDdoubleParams, 26> trial{};
-    std::array<double, 26> trialValues{};
-    for (const Candidate& c : candidates) {
-        double p[3] = {c.p[0], c.p[1], c.p[2]};
-        double v = c.value;
-        double s = h;
-        // The step halves about 60 times before it drops below a unit in the last place of
-        // the radius; the move cap only guards against a pathological crawl.
-        const double minStep = radius * 1e-17;
-        int32_t movesLeft = 200000;
-        while (s > minStep && movesLeft > 0) {
-            for (size_t m = 0; m < moves.size(); ++m) {
-                const double x = clamp(p[0] + moves[m][0] * s);
-                const double y = clamp(p[1] + moves[m][1] * s);
-                const double z = clamp(p[2] + moves[m][2] * s);
-                trial[m] = {x * x, y * y, z * z};
-            }
-            e.NonScaledBatch(mView, trial.data(), trialValues.data(), trial.size());
-            size_t bestMove = moves.size();
-            double bestValue = v;
-            for (size_t m = 0; m < moves.size(); ++m) {
-                if (trialValues[m] > bestValue) {
-                    bestValue = trialValues[m];
-                    bestMove = m;
-                }
-            }
-            if (bestMove == moves.size()) {
-                s *= 0.5;
-            } else {
-                for (int a = 0; a < 3; ++a) p[a] = clamp(p[a] + moves[bestMove][a] * s);
-                v = bestValue;
-                --movesLeft;
-            }
-        }
-        best = std::max(best, v);
-    }
-    return best;
+        e.NonScaledBatch(mView, points.data(), out, n);
+    });
 }
 
 }  // namespace veltara

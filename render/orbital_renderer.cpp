@@ -44,7 +44,19 @@ void OrbitalRenderer::Setup(const OrbitalSetup& DrawCmds) {
     // The setup record and the electron of its orbital.
     mSetup = DrawCmds;
     mElectron = modOrbitals::CreateElectron(mSetup.OrbitalIndex);
+    Prepare();
+}
 
+void OrbitalRenderer::SetupState(const Superposition& s, double t, const OrbitalSetup& DrawCmds) {
+    mSetup = DrawCmds;
+    auto electron = std::make_unique<StateElectron>(s, t);
+    mStateElectron = electron.get();
+    mWholeCube = !electron->MirrorSymmetric();
+    mElectron = std::move(electron);
+    Prepare();
+}
+
+void OrbitalRenderer::Prepare() {
     // Scale so that the largest density of the cube maps to byte 255; a maximum of 0
     // fails on the division.
     const double Max = FindMaxProbability();
@@ -88,8 +100,9 @@ int32_t OrbitalRenderer::ReFillDotMatrix(const int32_t& TargetNum, const uint8_t
 }
 
 void OrbitalRenderer::UpdateStats(int32_t& CalcTime, int32_t DotTime) {
-    // The fixed number of grid samples, whatever the orbital, radius or symmetry treatment.
-    mStats.TotalSamples = ToInt32(std::pow(128.0, 3.0));
+    // The fixed number of grid samples, whatever the orbital, radius or symmetry treatment;
+    // the whole cube of a state without mirror symmetry has 255³.
+    mStats.TotalSamples = ToInt32(std::pow(mWholeCube ? 255.0 : 128.0, 3.0));
 
     // A grid faster than the clock's resolution counts as 1 ms, in the caller's variable too.
     if (CalcTime == 0) CalcTime = 1;

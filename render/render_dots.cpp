@@ -1,5 +1,5 @@
 // RenderDots: the dot cloud turned by the view angles and projected orthographically, in
-// perspective or as a red-green anaglyph into mVolBits, then handed to the frame's surface.
+// perspective or as a red-green anaglyph, straight into the frame in the surface of its size.
 #include <cmath>
 #include <cstdint>
 
@@ -9,38 +9,37 @@
 
 namespace veltara {
 
-void OrbitalRenderer::RenderDots() {
+void OrbitalRenderer::RenderDots(const RenderRequest& req) {
     // The view transform, once per frame.
-    DotProjection view(mReq, mDotDepthScale);
+    DotProjection view(req, mDotDepthScale);
 
     // Only the two picture sizes are drawn; any other size leaves every pixel and handle as
     // it was.
-    if (!IsPictureSize(mReq.Size)) return;
+    if (!IsPictureSize(req.Size)) return;
 
     // A clean pixel array of the frame's size: centre 187 and offsets up to 187 on Main, 63
     // and 63 on Nano.
-    mMemory.ClearFrame(mReq.Size);
-    RgbaArray2D& frame = mMemory.mVolBits;
+    const FrameView frame = mMemory.NewFrame(req.Size);
     const int32_t centre = mMemory.mMaxPixel / 2;
     const int32_t maxOffset = centre;
 
-    const RenderMode mode = mReq.Mode;
+    const RenderMode mode = req.Mode;
     const bool anaglyph = mode == RenderMode::Anaglyph;
     // A mode value outside the enumeration places and writes no dot: the frame stays black
     // but for the transector.
     const bool drawsDots =
         anaglyph || mode == RenderMode::Perspective || mode == RenderMode::Orthographic;
-    const bool levels = mReq.ShowProbLevelOnDots != kFalse;
-    RGBA* const pixels = frame.Data();
-    const int32_t stride = frame.Cols();
+    const bool levels = req.ShowProbLevelOnDots != kFalse;
+    RGBA* const pixels = frame.data;
+    const int32_t stride = frame.cols;
 
     // Eye offset of the anaglyph: |plane - camera| / -StereoFactor, rounded half to even.
     // Eye one's camera sits at +e, eye two's at -e.
     double eyeOne = 0;
     double eyeTwo = 0;
     if (anaglyph) {
-        const int16_t spread = Abs16(Sub16(mReq.ProjectionPlane, mReq.CameraPos));
-        const int32_t e = ToInt32(Divide(spread, Neg16(mReq.StereoFactor)));
+        const int16_t spread = Abs16(Sub16(req.ProjectionPlane, req.CameraPos));
+        const int32_t e = ToInt32(Divide(spread, Neg16(req.StereoFactor)));
         eyeOne = e;
         eyeTwo = Neg32(e);
     }
@@ -67,7 +66,7 @@ void OrbitalRenderer::RenderDots() {
         const double shade = turned.shade;
 
         if (anaglyph) {
-            const uint8_t s = ToByte(shade);
+            const uint8_t s = NarrowByte(RoundShade(shade));
             const COORDdouble p = view.OnPicture(turned);
             // Both eyes share the camera's depth, so they share T and the row.
             if (view.Plane().Scale(p.Y, t)) {
@@ -97,12 +96,12 @@ void OrbitalRenderer::RenderDots() {
         // towards the brighter bits. Intended; the look of dense regions depends on it.
         RGBA& px = pixelAt(col, row);
         if (levels) {
-            const int32_t s = ToInt32(shade);
+            const int32_t s = RoundShade(shade);
             const int32_t p = dot.P;
             px.G = NarrowByte(px.G | (Mul32(p, s) / 255));
             px.R = NarrowByte(px.R | (Mul32(255 - p, s) / 255));
         } else {
-            const uint8_t v = static_cast<uint8_t>(px.G | ToByte(shade));
+            const uint8_t v = static_cast<uint8_t>(px.G | NarrowByte(RoundShade(shade)));
             px.B = v;
             px.G = v;
             px.R = v;
@@ -111,9 +110,9 @@ void OrbitalRenderer::RenderDots() {
     // A cloud shorter than its recorded upper bound fails as an index out of range would.
     if (mLastDot >= available) Raise(kErrSubscript);
 
-    // The transector on top of the dots, then the frame to the surface.
-    if (mReq.Transector != kFalse) DrawTransector();
-    PublishFrame();
+    // The transector on top of the dots; the frame is the surface's own picture.
+    if (req.Transector != kFalse) DrawTransector(req, frame);
+    PublishSurface(req.Size, mMemory.ShowFrame(req.Size));
 }
 
 }  // namespace veltara
