@@ -4,6 +4,7 @@
 #include <cstring>
 #include <memory>
 
+#include "electron/grid_rows.h"
 #include "render/orbital_renderer.h"
 
 namespace veltara {
@@ -20,16 +21,23 @@ struct LevelCounts {
     int32_t Total(int32_t v) const { return table[0][v] + table[1][v] + table[2][v] + table[3][v]; }
 };
 
-// Evaluates the byte values of one run of points through the electron's batch path.
+// Evaluates the byte values of one run of points through the electron's batch path, rows along
+// X through its grid rows where it has them.
 struct RowSampler {
     cElectron& electron;
     ViewMode view;
     const double* squares;  // squares[i] = (i x step)^2
+    GridRows grid{squares};
+    GridRowSampler* rows = dynamic_cast<GridRowSampler*>(&electron);
     std::array<COORDdoubleParams, ProbGrid::kSize> points{};
     std::array<uint8_t, ProbGrid::kSize> values{};
 
     // Points (x, y, z) for x = xFirst..xLast on the row (y, z).
     const uint8_t* AlongX(int32_t xFirst, int32_t xLast, int32_t y, int32_t z) {
+        if (rows != nullptr) {
+            rows->ScaledGridRow(view, grid, xFirst, xLast, y, z, values.data());
+            return values.data();
+        }
         size_t n = 0;
         for (int32_t x = xFirst; x <= xLast; ++x) {
             points[n++] = {squares[x], squares[y], squares[z]};
