@@ -108,8 +108,8 @@ void BM_CompareWithLibc(benchmark::State& state) {
 BENCHMARK(BM_CompareWithLibc)->Unit(benchmark::kMillisecond)->Iterations(1);
 
 // Every pair's Add (defaults, 5000 dots; best of the iterations) against the median of the bare
-// C-library loop taken between them, both in this thread's processor time: the ratios are what the engine aims at (median Add at most
-// 0.35 of the loop, worst at most 0.7).
+// C-library loop taken between them, both in this thread's processor time: the ratios are what the
+// engine aims at (median Add at most 0.35 of the loop, worst at most 0.7).
 void BM_AddAgainstLibcExp(benchmark::State& state) {
     SetClock([] { return int32_t{1000000000}; });
     const std::vector<OrbInfo> infos = cVeltara().EnumOrbitals();

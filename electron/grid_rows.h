@@ -21,8 +21,8 @@ class GridRowSampler {
   public:
     /// out[x - xFirst] = the byte of the point (x, y, z) of `grid` for x = xFirst..xLast, the
     /// same byte the electron's ScaledBatch gives for it, with the same errors.
-    virtual void ScaledGridRow(ViewMode view, const GridRows& grid, int32_t xFirst,
-                               int32_t xLast, int32_t y, int32_t z, uint8_t* out) = 0;
+    virtual void ScaledGridRow(ViewMode view, const GridRows& grid, int32_t xFirst, int32_t xLast,
+                               int32_t y, int32_t z, uint8_t* out) = 0;
 
   protected:
     ~GridRowSampler() = default;

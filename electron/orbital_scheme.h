@@ -106,8 +106,8 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
         }
     }
 
-    void ScaledGridRow(ViewMode view, const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y,
-                       int32_t z, uint8_t* out) final {
+    void ScaledGridRow(ViewMode view, const GridRows& grid, int32_t xFirst, int32_t xLast,
+                       int32_t y, int32_t z, uint8_t* out) final {
         if (view == ViewMode::DRPDF) {
             GridRow<ViewMode::DRPDF>(grid, xFirst, xLast, y, z, out, mDRPDFScaleFactor);
         } else {
@@ -262,8 +262,8 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
     /// squares, its exponentials through ExpArray at once, then the formula two points a step
     /// as in ByteRun; an odd last point as a pair of itself.
     template <ViewMode V>
-    static void GridRow(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y,
-                        int32_t z, uint8_t* out, double scale) {
+    static void GridRow(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y, int32_t z,
+                        uint8_t* out, double scale) {
         using density::Broadcast;
         using density::Load;
         using density::Store;
@@ -285,13 +285,12 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
 
         for (size_t i = 0; i < n; i += 2) {
             const size_t k = i + 1 < n ? i + 1 : i;
-            const Terms<density::Pair> t{Load(X[i], X[k]),       Broadcast(Y),
-                                         Broadcast(Z),           Load(rho2[i], rho2[k]),
-                                         Load(r2[i], r2[k]),     Load(r[i], r[k])};
+            const Terms<density::Pair> t{Load(X[i], X[k]),   Broadcast(Y),
+                                         Broadcast(Z),       Load(rho2[i], rho2[k]),
+                                         Load(r2[i], r2[k]), Load(r[i], r[k])};
             const density::Pair v = Finish<V>(Load(e[i], e[k]), t);
             uint8_t bytes[2];
-            if (!density::BothFinite(v, t.r2) || !density::ToBytes(v * scale, bytes))
-                [[unlikely]] {
+            if (!density::BothFinite(v, t.r2) || !density::ToBytes(v * scale, bytes)) [[unlikely]] {
                 out[i] = Byte<V>({X[i], Y, Z}, scale);
                 if (k != i) out[k] = Byte<V>({X[k], Y, Z}, scale);
             } else {

@@ -120,13 +120,19 @@ void SampleQuarterPlanes(ProbGrid& g, RowSampler& sample, LevelCounts& fourTimes
 int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, ViewMode view,
                          LevelCounts& octant) {
     int32_t octantWeight = 0;
+    // The grid's elements through a local pointer: the byte stores could otherwise alias the
+    // grid's own pointer, which would be read again for every store.
+    uint8_t* const d = g.Data();
+    auto at = [d](int32_t x, int32_t y, int32_t z) -> uint8_t& {
+        return d[ProbGrid::Index(x, y, z)];
+    };
     switch (factor) {
         case OptFactor::F8:
             octantWeight = 8;
             for (int32_t z = 1; z <= kLast; ++z) {
                 for (int32_t y = 1; y <= kLast; ++y) {
                     const uint8_t* v = sample.AlongX(1, kLast, y, z);
-                    uint8_t* row = &g(0, y, z);
+                    uint8_t* row = &at(0, y, z);
                     for (int32_t x = 1; x <= kLast; ++x) {
                         row[x] = v[x - 1];
                         octant.Add(v[x - 1], x);
@@ -142,8 +148,8 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                     const uint8_t* v = sample.AlongX(1, y, y, z);
                     for (int32_t x = 1; x <= y; ++x) {
                         const uint8_t p = v[x - 1];
-                        g(x, y, z) = p;
-                        g(y, x, z) = p;
+                        at(x, y, z) = p;
+                        at(y, x, z) = p;
                         octant.Add(p, x);
                     }
                 }
@@ -159,8 +165,8 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                     const uint8_t* v = sample.AlongX(1, kLast, y, z);
                     for (int32_t x = 1; x <= kLast; ++x) {
                         const uint8_t p = v[x - 1];
-                        g(x, y, z) = p;
-                        g(x, z, y) = p;
+                        at(x, y, z) = p;
+                        at(x, z, y) = p;
                         octant.Add(p, x);
                     }
                 }
@@ -174,8 +180,8 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                     const uint8_t* v = sample.AlongX(1, z, y, z);
                     for (int32_t x = 1; x <= z; ++x) {
                         const uint8_t p = v[x - 1];
-                        g(x, y, z) = p;
-                        g(z, y, x) = p;
+                        at(x, y, z) = p;
+                        at(z, y, x) = p;
                         octant.Add(p, x);
                     }
                 }
@@ -189,10 +195,10 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                     const uint8_t* v = sample.AlongX(1, a, b, a);
                     for (int32_t c = 1; c <= a; ++c) {
                         const uint8_t p = v[c - 1];
-                        g(c, b, a) = p;
-                        g(b, c, a) = p;
-                        g(c, a, b) = p;
-                        g(a, c, b) = p;
+                        at(c, b, a) = p;
+                        at(b, c, a) = p;
+                        at(c, a, b) = p;
+                        at(a, c, b) = p;
                         octant.Add(p, c);
                     }
                 }
