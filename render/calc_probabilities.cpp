@@ -18,6 +18,22 @@ constexpr int32_t kLast = ProbGrid::kSize - 1;  // 127: the index at the atom ra
 struct LevelCounts {
     int32_t table[4][256] = {};
     void Add(uint8_t v, int32_t lane) { ++table[lane & 3][v]; }
+    // The levels v[0..n): sixteen 0 levels at once where a row runs beyond the orbital, where
+    // about half of the octant lies.
+    void AddRow(const uint8_t* v, int32_t n) {
+        int32_t i = 0;
+        for (; i + 16 <= n; i += 16) {
+            uint64_t lo, hi;
+            std::memcpy(&lo, v + i, 8);
+            std::memcpy(&hi, v + i + 8, 8);
+            if ((lo | hi) == 0) {
+                table[0][0] += 16;
+                continue;
+            }
+            for (int32_t k = i; k < i + 16; ++k) Add(v[k], k);
+        }
+        for (; i < n; ++i) Add(v[i], i);
+    }
     int32_t Total(int32_t v) const { return table[0][v] + table[1][v] + table[2][v] + table[3][v]; }
 };
 
@@ -133,10 +149,8 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                 for (int32_t y = 1; y <= kLast; ++y) {
                     const uint8_t* v = sample.AlongX(1, kLast, y, z);
                     uint8_t* row = &at(0, y, z);
-                    for (int32_t x = 1; x <= kLast; ++x) {
-                        row[x] = v[x - 1];
-                        octant.Add(v[x - 1], x);
-                    }
+                    std::memcpy(row + 1, v, kLast);
+                    octant.AddRow(v, kLast);
                 }
             }
             break;
@@ -150,8 +164,8 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                         const uint8_t p = v[x - 1];
                         at(x, y, z) = p;
                         at(y, x, z) = p;
-                        octant.Add(p, x);
                     }
+                    octant.AddRow(v, y);
                 }
             }
             break;
@@ -167,8 +181,8 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                         const uint8_t p = v[x - 1];
                         at(x, y, z) = p;
                         at(x, z, y) = p;
-                        octant.Add(p, x);
                     }
+                    octant.AddRow(v, kLast);
                 }
             }
             break;
@@ -182,8 +196,8 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                         const uint8_t p = v[x - 1];
                         at(x, y, z) = p;
                         at(z, y, x) = p;
-                        octant.Add(p, x);
                     }
+                    octant.AddRow(v, z);
                 }
             }
             break;
@@ -199,8 +213,8 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                         at(b, c, a) = p;
                         at(c, a, b) = p;
                         at(a, c, b) = p;
-                        octant.Add(p, c);
                     }
+                    octant.AddRow(v, a);
                 }
             }
             break;
