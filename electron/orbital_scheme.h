@@ -17,6 +17,7 @@
 #include "electron/cElectron.h"
 #include "electron/catalogue.h"
 #include "electron/density_arithmetic.h"
+#include "electron/grid_rows.h"
 #include "records/PublicTypes.h"
 #include "support/convert.h"
 
@@ -39,7 +40,7 @@ enum class RadialWeight {
 /// set; everything else of a point (r², r, rho², the inner factor and its square) is
 /// recomputed by every call and kept in locals.
 template <class Orb, RadialWeight W>
-class OrbitalScheme : public cElectron {
+class OrbitalScheme : public cElectron, public GridRowSampler {
   public:
     void SetPDFScaleFactor(const double& NewPDFScaleFactor) final {
         mPDFScaleFactor = NewPDFScaleFactor;
@@ -93,6 +94,15 @@ class OrbitalScheme : public cElectron {
             ByteRun<ViewMode::DRPDF>(points, out, count, mDRPDFScaleFactor);
         } else {
             ByteRun<ViewMode::PDF>(points, out, count, mPDFScaleFactor);
+        }
+    }
+
+    void ScaledGridRow(ViewMode view, const GridRows& grid, int32_t xFirst, int32_t xLast,
+                       int32_t y, int32_t z, uint8_t* out) final {
+        if (view == ViewMode::DRPDF) {
+            GridRow<ViewMode::DRPDF>(grid, xFirst, xLast, y, z, out, mDRPDFScaleFactor);
+        } else {
+            GridRow<ViewMode::PDF>(grid, xFirst, xLast, y, z, out, mPDFScaleFactor);
         }
     }
 
@@ -238,6 +248,48 @@ class OrbitalScheme : public cElectron {
                 double values[2];
                 UnscaledRun<V>(twice, values, 2, factor);
                 o[i] = values[0];
+            }
+        }
+    }
+
+    /// The bytes of a grid row: the distances of the row two points a step straight from the
+    /// squares, its exponentials through ExpArray at once, then the formula two points a step
+    /// as in ByteRun; an odd last point as a pair of itself.
+    template <ViewMode V>
+    static void GridRow(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y, int32_t z,
+                        uint8_t* out, double scale) {
+        using density::Broadcast;
+        using density::Load;
+        using density::Store;
+        const double* X = grid.squares + xFirst;
+        const double Y = grid.squares[y], Z = grid.squares[z];
+        const size_t n = static_cast<size_t>(xLast - xFirst + 1);
+        alignas(64) double rho2[kRun + 1], r2[kRun + 1], r[kRun + 1], e[kRun + 1];
+        for (size_t i = 0; i < n; i += 2) {
+            const size_t k = i + 1 < n ? i + 1 : i;
+            const density::Pair rho2Pair = Broadcast(Y) + Load(X[i], X[k]);
+            const density::Pair r2Pair = rho2Pair + Z;
+            const density::Pair rPair = density::Sqrt(r2Pair);
+            Store(rho2Pair, rho2 + i);
+            Store(r2Pair, r2 + i);
+            Store(rPair, r + i);
+            Store(Exponent(rPair), e + i);
+        }
+        exact::ExpArray(e, e, n);
+
+        for (size_t i = 0; i < n; i += 2) {
+            const size_t k = i + 1 < n ? i + 1 : i;
+            const Terms<density::Pair> t{Load(X[i], X[k]),   Broadcast(Y),
+                                         Broadcast(Z),       Load(rho2[i], rho2[k]),
+                                         Load(r2[i], r2[k]), Load(r[i], r[k])};
+            const density::Pair v = Finish<V>(Load(e[i], e[k]), t);
+            uint8_t bytes[2];
+            if (!density::BothFinite(v, t.r2) || !density::ToBytes(v * scale, bytes)) [[unlikely]] {
+                out[i] = Byte<V>({X[i], Y, Z}, scale);
+                if (k != i) out[k] = Byte<V>({X[k], Y, Z}, scale);
+            } else {
+                out[i] = bytes[0];
+                if (k != i) out[k] = bytes[1];
             }
         }
     }

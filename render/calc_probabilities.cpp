@@ -4,6 +4,7 @@
 #include <cstring>
 #include <memory>
 
+#include "electron/grid_rows.h"
 #include "render/orbital_renderer.h"
 
 namespace veltara {
@@ -17,19 +18,42 @@ constexpr int32_t kLast = ProbGrid::kSize - 1;  // 127: the index at the atom ra
 struct LevelCounts {
     int32_t table[4][256] = {};
     void Add(uint8_t v, int32_t lane) { ++table[lane & 3][v]; }
+    // The levels v[0..n): sixteen 0 levels at once where a row runs beyond the orbital, where
+    // about half of the octant lies.
+    void AddRow(const uint8_t* v, int32_t n) {
+        int32_t i = 0;
+        for (; i + 16 <= n; i += 16) {
+            uint64_t lo, hi;
+            std::memcpy(&lo, v + i, 8);
+            std::memcpy(&hi, v + i + 8, 8);
+            if ((lo | hi) == 0) {
+                table[0][0] += 16;
+                continue;
+            }
+            for (int32_t k = i; k < i + 16; ++k) Add(v[k], k);
+        }
+        for (; i < n; ++i) Add(v[i], i);
+    }
     int32_t Total(int32_t v) const { return table[0][v] + table[1][v] + table[2][v] + table[3][v]; }
 };
 
-// Evaluates the byte values of one run of points through the electron's batch path.
+// Evaluates the byte values of one run of points through the electron's batch path, rows along
+// X through its grid rows where it has them.
 struct RowSampler {
     cElectron& electron;
     ViewMode view;
     const double* squares;  // squares[i] = (i x step)^2
+    GridRows grid{squares};
+    GridRowSampler* rows = dynamic_cast<GridRowSampler*>(&electron);
     std::array<COORDdoubleParams, ProbGrid::kSize> points{};
     std::array<uint8_t, ProbGrid::kSize> values{};
 
     // Points (x, y, z) for x = xFirst..xLast on the row (y, z).
     const uint8_t* AlongX(int32_t xFirst, int32_t xLast, int32_t y, int32_t z) {
+        if (rows != nullptr) {
+            rows->ScaledGridRow(view, grid, xFirst, xLast, y, z, values.data());
+            return values.data();
+        }
         size_t n = 0;
         for (int32_t x = xFirst; x <= xLast; ++x) {
             points[n++] = {squares[x], squares[y], squares[z]};
@@ -112,17 +136,21 @@ void SampleQuarterPlanes(ProbGrid& g, RowSampler& sample, LevelCounts& fourTimes
 int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, ViewMode view,
                          LevelCounts& octant) {
     int32_t octantWeight = 0;
+    // The grid's elements through a local pointer: the byte stores could otherwise alias the
+    // grid's own pointer, which would be read again for every store.
+    uint8_t* const d = g.Data();
+    auto at = [d](int32_t x, int32_t y, int32_t z) -> uint8_t& {
+        return d[ProbGrid::Index(x, y, z)];
+    };
     switch (factor) {
         case OptFactor::F8:
             octantWeight = 8;
             for (int32_t z = 1; z <= kLast; ++z) {
                 for (int32_t y = 1; y <= kLast; ++y) {
                     const uint8_t* v = sample.AlongX(1, kLast, y, z);
-                    uint8_t* row = &g(0, y, z);
-                    for (int32_t x = 1; x <= kLast; ++x) {
-                        row[x] = v[x - 1];
-                        octant.Add(v[x - 1], x);
-                    }
+                    uint8_t* row = &at(0, y, z);
+                    std::memcpy(row + 1, v, kLast);
+                    octant.AddRow(v, kLast);
                 }
             }
             break;
@@ -134,10 +162,10 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                     const uint8_t* v = sample.AlongX(1, y, y, z);
                     for (int32_t x = 1; x <= y; ++x) {
                         const uint8_t p = v[x - 1];
-                        g(x, y, z) = p;
-                        g(y, x, z) = p;
-                        octant.Add(p, x);
+                        at(x, y, z) = p;
+                        at(y, x, z) = p;
                     }
+                    octant.AddRow(v, y);
                 }
             }
             break;
@@ -151,10 +179,10 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                     const uint8_t* v = sample.AlongX(1, kLast, y, z);
                     for (int32_t x = 1; x <= kLast; ++x) {
                         const uint8_t p = v[x - 1];
-                        g(x, y, z) = p;
-                        g(x, z, y) = p;
-                        octant.Add(p, x);
+                        at(x, y, z) = p;
+                        at(x, z, y) = p;
                     }
+                    octant.AddRow(v, kLast);
                 }
             }
             break;
@@ -166,10 +194,10 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                     const uint8_t* v = sample.AlongX(1, z, y, z);
                     for (int32_t x = 1; x <= z; ++x) {
                         const uint8_t p = v[x - 1];
-                        g(x, y, z) = p;
-                        g(z, y, x) = p;
-                        octant.Add(p, x);
+                        at(x, y, z) = p;
+                        at(z, y, x) = p;
                     }
+                    octant.AddRow(v, z);
                 }
             }
             break;
@@ -181,12 +209,12 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
                     const uint8_t* v = sample.AlongX(1, a, b, a);
                     for (int32_t c = 1; c <= a; ++c) {
                         const uint8_t p = v[c - 1];
-                        g(c, b, a) = p;
-                        g(b, c, a) = p;
-                        g(c, a, b) = p;
-                        g(a, c, b) = p;
-                        octant.Add(p, c);
+                        at(c, b, a) = p;
+                        at(b, c, a) = p;
+                        at(c, a, b) = p;
+                        at(a, c, b) = p;
                     }
+                    octant.AddRow(v, a);
                 }
             }
             break;

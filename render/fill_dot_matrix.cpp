@@ -8,12 +8,18 @@
 #include "render/orbital_renderer.h"
 #include "support/convert.h"
 #include "support/modRand.h"
+#include "support/simd_dispatch.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
 namespace veltara {
+
+namespace detail {
+void MarkDrawsBelowAvx512(uint32_t seed, const uint32_t* powers, const int32_t* accept, int32_t n,
+                          uint8_t* hit);
+}  // namespace detail
 
 namespace {
 
@@ -34,6 +40,56 @@ struct GeneratorPowers {
 };
 constexpr GeneratorPowers kGeneratorPowers{};
 static_assert(kGeneratorPowers.p[2] == 182605794u);
+
+// hit[j] = whether one of the draws powers[8j..8j+8) x seed mod 2^31 - 1 lies below accept[j].
+// Integer arithmetic: every path marks the same points.
+void MarkDrawsBelowBaseline(uint32_t seed, const uint32_t* powers, const int32_t* accept, int32_t n,
+                            uint8_t* hit) {
+#if defined(__SSE2__)
+    // Four draws a register: the products of the even and odd lanes in 64 bits, reduced as in
+    // InlineRandom::Run, then put back in order as four 32-bit lanes.
+    const __m128i s = _mm_set1_epi64x(static_cast<int64_t>(seed));
+    const __m128i mod64 = _mm_set1_epi64x(2147483647);
+    const __m128i mod32 = _mm_set1_epi32(2147483647);
+    auto four = [&](const uint32_t* p) {
+        const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        const __m128i te = _mm_mul_epu32(w, s);
+        const __m128i to = _mm_mul_epu32(_mm_srli_epi64(w, 32), s);
+        const __m128i re = _mm_add_epi64(_mm_and_si128(te, mod64), _mm_srli_epi64(te, 31));
+        const __m128i ro = _mm_add_epi64(_mm_and_si128(to, mod64), _mm_srli_epi64(to, 31));
+        const __m128i r = _mm_or_si128(re, _mm_slli_epi64(ro, 32));
+        // r less the modulus when that is not negative, else r.
+        const __m128i d = _mm_sub_epi32(r, mod32);
+        const __m128i negative = _mm_srai_epi32(d, 31);
+        return _mm_or_si128(_mm_and_si128(negative, r), _mm_andnot_si128(negative, d));
+    };
+    for (int32_t j = 0; j < n; ++j) {
+        const __m128i a = _mm_set1_epi32(accept[j]);
+        const __m128i below = _mm_or_si128(_mm_cmplt_epi32(four(powers + 8 * j), a),
+                                           _mm_cmplt_epi32(four(powers + 8 * j + 4), a));
+        hit[j] = _mm_movemask_epi8(below) != 0;
+    }
+#else
+    for (int32_t j = 0; j < n; ++j) {
+        hit[j] = 0;
+        for (int32_t k = 0; k < 8; ++k) {
+            const uint64_t t = uint64_t{powers[8 * j + k]} * seed;
+            const uint64_t r = (t & 2147483647u) + (t >> 31);
+            const uint64_t draw = r >= 2147483647u ? r - 2147483647u : r;
+            if (draw < static_cast<uint64_t>(accept[j])) hit[j] = 1;
+        }
+    }
+#endif
+}
+
+void MarkDrawsBelow(uint32_t seed, const uint32_t* powers, const int32_t* accept, int32_t n,
+                    uint8_t* hit) {
+#if defined(__x86_64__)
+    static const bool wide = ActiveSimd().path == SimdPath::Avx512;
+    if (wide) return detail::MarkDrawsBelowAvx512(seed, powers, accept, n, hit);
+#endif
+    MarkDrawsBelowBaseline(seed, powers, accept, n, hit);
+}
 
 // The shared generator, stepped inline for the length of one fill. It starts from the module's
 // state and hands the state back when the fill ends, also when it ends in an error, so the
@@ -76,6 +132,30 @@ class InlineRandom {
         mSeed = static_cast<uint32_t>(out[count - 1]);
     }
 
+    /// The draws of `n` points of eight images each (8n <= kMaxRun), point j's eight taken
+    /// k = 8j..8j+7 after the current state: decide(j, r) receives point j's eight draws r only
+    /// when one of them lies below accept[j], the points in order. The state passes all 8n
+    /// draws first, as Run's does.
+    template <class Decide>
+    void Sweep8(int32_t n, const int32_t* accept, Decide&& decide) {
+        if (mStuck) {
+            // The stuck generator's 2147483647 never lies below an acceptance threshold.
+            mSeed = kModulus;
+            return;
+        }
+        const uint32_t* pw = kGeneratorPowers.p.data() + 1;
+        const uint64_t s = mSeed;
+        mSeed = static_cast<uint32_t>(Step(pw[8 * n - 1], s));
+        std::array<uint8_t, kLast> hit;
+        MarkDrawsBelow(static_cast<uint32_t>(s), pw, accept, n, hit.data());
+        for (int32_t j = 0; j < n; ++j) {
+            if (hit[j] == 0) continue;
+            int32_t r[8];
+            for (int32_t k = 0; k < 8; ++k) r[k] = Step(pw[8 * j + k], s);
+            decide(j, r);
+        }
+    }
+
     /// Puts the state back to the draw `drawn` of the last run: a fill that stops in the
     /// middle of a run has taken only the draws up to there.
     void RewindTo(int32_t drawn) {
@@ -83,6 +163,14 @@ class InlineRandom {
     }
 
   private:
+    // w x s mod the modulus for w, s in 1..2147483646 (see Run).
+    static int32_t Step(uint32_t w, uint64_t s) {
+        const uint64_t t = uint64_t{w} * s;
+        const uint32_t r = static_cast<uint32_t>(t & kModulus) + static_cast<uint32_t>(t >> 31);
+        const int32_t d = static_cast<int32_t>(r - kModulus);
+        return d < 0 ? static_cast<int32_t>(r) : d;
+    }
+
     uint32_t mSeed;
     bool mStuck;
 };
@@ -252,18 +340,18 @@ void OrbitalRenderer::FillDotMatrix() {
 
     // The open octant, a row at a time: the points of the row above the threshold first,
     // then all their draws from the row's first state, then the decisions in order.
-    std::array<int32_t, kLast> above{};
-    std::array<int32_t, kMaxRun> draws{};
+    // Most draws are refused, so only the points with a draw below their threshold go on.
+    std::array<int32_t, kLast> above{}, accept{};
     for (int32_t z = 1; z <= kLast; ++z) {
         for (int32_t y = 1; y <= kLast; ++y) {
             const uint8_t* row = g.Data() + ProbGrid::Index(0, y, z);
             const int32_t n = PointsAbove(row, thr, above.data());
             if (n == 0) continue;
-            rng.Run(8 * n, draws.data());
-            for (int32_t j = 0; j < n; ++j) {
+            for (int32_t j = 0; j < n; ++j) accept[j] = Accept[row[above[j]]];
+            rng.Sweep8(n, accept.data(), [&](int32_t j, const int32_t* r) {
                 const int32_t x = above[j];
-                sink.Decide(row[x], x, y, z, kOctant, draws.data() + 8 * j);
-            }
+                sink.Decide(row[x], x, y, z, kOctant, r);
+            });
         }
     }
 
