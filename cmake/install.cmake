@@ -18,7 +18,7 @@ target_include_directories(veltara PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_IN
 set(VT_PUBLIC_HEADERS
   records/PublicTypes.h records/type_library.h
   support/error.h support/clock.h support/cMemoryDCEx.h support/rgba_array.h
-  electron/cElectron.h render/cOrbital.h
+  electron/cElectron.h electron/state.h render/cOrbital.h
   engine/cOrbitalCol.h engine/cVeltara.h
   about/about_box.h)
 foreach(header ${VT_PUBLIC_HEADERS})
