@@ -64,7 +64,7 @@ TEST(VeltaraCommand, ListsVersionHelpAndAbout) {
     // The vector path as asked; a path unknown (or one the processor lacks) falls back to the
     // widest, with a warning on standard error, never a crash.
     EXPECT_EQ(RunVeltara("--version", "VELTARA_SIMD=scalar ").out,
-              "veltara 1.1.0 (vector path scalar)\n");
+              "veltara 1.2.0 (vector path scalar)\n");
     const auto unknown = RunVeltara("--version", "VELTARA_SIMD=avx9 ");
     EXPECT_EQ(unknown.exitCode, 0);
     EXPECT_EQ(unknown.out, RunVeltara("--version", "VELTARA_SIMD= ").out);

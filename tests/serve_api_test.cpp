@@ -265,7 +265,7 @@ TEST(ServeApi, BadBodiesGetA4xxJsonErrorNamingTheField) {
     EXPECT_EQ(json::parse(r->body).value("Name", ""), "Z=2;3,1,1c");
     r = client.Send("POST", "/api/orbitals", R"({"State": "3, 2, 0"})");
     ASSERT_TRUE(r);
-    EXPECT_EQ(json::parse(r->body).value("commandName", ""), "3Dz2") << r->body;
+    EXPECT_EQ(json::parse(r->body).value("commandName", ""), "3Dz\xC2\xB2") << r->body;
     // Pictures cross as raw B, G, R, A rows or as PNG.
     r = client.Send("POST", "/api/orbitals/0/render", R"({"Size": "Main"})");
     ASSERT_TRUE(r);
