@@ -133,35 +133,14 @@ int ApplyClock(const OrbitalOptions& o) {
     return kExitOk;
 }
 
-int MakeSetup(const OrbitalOptions& o, const vt_OrbInfo& info, int index, vt_OrbitalSetup& s) {
-    int32_t view = VT_PDF;
-    if (const int rc = ParseView(o.view, view)) return rc;
-    const bool pdf = view == VT_PDF;
-    int64_t radius = pdf ? info.DefaultPDFAtomRadius : info.DefaultDRPDFAtomRadius;
-    int64_t threshold = pdf ? info.DefaultPDFDotThreshold : info.DefaultDRPDFDotThreshold;
-    if (o.radiusOption != nullptr && o.radiusOption->count() > 0) radius = o.radius;
-    if (o.thresholdOption != nullptr && o.thresholdOption->count() > 0) threshold = o.threshold;
-    if (const int rc = CheckRange("--radius", radius, 1, INT16_MAX)) return rc;
-    if (const int rc = CheckRange("--dots", o.dots, 0, INT16_MAX)) return rc;
-    if (const int rc = CheckRange("--threshold", threshold, 0, 255)) return rc;
-    s = vt_OrbitalSetup{};
-    s.AtomRadius = static_cast<int16_t>(radius);
-    s.DotTarget = static_cast<int16_t>(o.dots);
-    s.DotThreshold = static_cast<uint8_t>(threshold);
-    s.OrbitalIndex = static_cast<int16_t>(index);
-    s.OrbitalViewMode = view;
-    return kExitOk;
-}
+namespace {
 
-int MakeStateSetup(const OrbitalOptions& o, vt_OrbitalSetup& s) {
-    int32_t view = VT_PDF;
-    if (const int rc = ParseView(o.view, view)) return rc;
-    // Radius 0 asks the engine for a cube holding 99.9 % of the probability; the threshold
-    // does not thin a state's exact samples, so its default matters only for the grid's use.
-    int64_t radius = 0, threshold = 50;
+/// The setup from the options, given the defaults of radius (0: the engine's) and threshold.
+int SetupWith(const OrbitalOptions& o, int32_t view, int64_t radius, int64_t threshold,
+              vt_OrbitalSetup& s) {
     if (o.radiusOption != nullptr && o.radiusOption->count() > 0) radius = o.radius;
     if (o.thresholdOption != nullptr && o.thresholdOption->count() > 0) threshold = o.threshold;
-    if (radius != 0) {
+    if (radius != 0 || o.radiusOption == nullptr || o.radiusOption->count() > 0) {
         if (const int rc = CheckRange("--radius", radius, 1, INT16_MAX)) return rc;
     }
     if (const int rc = CheckRange("--dots", o.dots, 0, INT16_MAX)) return rc;
@@ -172,6 +151,29 @@ int MakeStateSetup(const OrbitalOptions& o, vt_OrbitalSetup& s) {
     s.DotThreshold = static_cast<uint8_t>(threshold);
     s.OrbitalViewMode = view;
     return kExitOk;
+}
+
+}  // namespace
+
+int MakeSetup(const OrbitalOptions& o, const vt_OrbInfo& info, int index, vt_OrbitalSetup& s) {
+    int32_t view = VT_PDF;
+    if (const int rc = ParseView(o.view, view)) return rc;
+    const bool pdf = view == VT_PDF;
+    if (const int rc =
+            SetupWith(o, view, pdf ? info.DefaultPDFAtomRadius : info.DefaultDRPDFAtomRadius,
+                      pdf ? info.DefaultPDFDotThreshold : info.DefaultDRPDFDotThreshold, s)) {
+        return rc;
+    }
+    s.OrbitalIndex = static_cast<int16_t>(index);
+    return kExitOk;
+}
+
+int MakeStateSetup(const OrbitalOptions& o, vt_OrbitalSetup& s) {
+    int32_t view = VT_PDF;
+    if (const int rc = ParseView(o.view, view)) return rc;
+    // Radius 0 asks the engine for a cube holding 99.9 % of the probability; the threshold does
+    // not thin a state's exact samples.
+    return SetupWith(o, view, 0, 0, s);
 }
 
 int MakeRequest(const RequestOptions& o, vt_RenderRequest& r) {

@@ -253,6 +253,41 @@ ApiError ParseRenderRequest(const json& body, vt_RenderRequest& r, PictureFormat
     return {};
 }
 
+namespace {
+
+/// The view, radius, threshold and target of an add, from the given defaults; the radius may
+/// be as small as `minRadius` (0: the engine's own default for a state).
+ApiError ReadSetupFields(const json& body, int64_t minRadius, int64_t radius, int64_t threshold,
+                         int32_t view, vt_OrbitalSetup& s) {
+    ApiError e;
+    int64_t target = 10000;
+    if ((e = ReadInt(body, "AtomRadius", minRadius, INT16_MAX, radius)).failed()) return e;
+    if ((e = ReadInt(body, "DotThreshold", 0, 255, threshold)).failed()) return e;
+    if ((e = ReadInt(body, "DotTarget", 0, INT16_MAX, target)).failed()) return e;
+    s = vt_OrbitalSetup{};
+    s.AtomRadius = static_cast<int16_t>(radius);
+    s.DotTarget = static_cast<int16_t>(target);
+    s.DotThreshold = static_cast<uint8_t>(threshold);
+    s.OrbitalViewMode = view;
+    return {};
+}
+
+/// OrbitalViewMode: PDF (the default) or DRPDF.
+ApiError ReadView(const json& body, int32_t& view) {
+    view = VT_PDF;
+    if (const ApiError e = ReadEnum(body, "OrbitalViewMode", TableNames(VT_NAMES_VIEW), view);
+        e.failed()) {
+        return e;
+    }
+    if (view != VT_PDF && view != VT_DRPDF) {
+        return {422, 5, "Invalid procedure call or argument: OrbitalViewMode must be PDF or DRPDF",
+                "OrbitalViewMode"};
+    }
+    return {};
+}
+
+}  // namespace
+
 ApiError ParseSetup(const json& body, const vt_OrbInfo catalogue[VT_CATALOGUE_SIZE],
                     vt_OrbitalSetup& s) {
     if (const ApiError e = CheckFields(
@@ -268,25 +303,16 @@ ApiError ParseSetup(const json& body, const vt_OrbInfo catalogue[VT_CATALOGUE_SI
     int64_t index = 0;
     if ((e = ReadInt(body, "OrbitalIndex", 0, VT_CATALOGUE_SIZE - 1, index)).failed()) return e;
     int32_t view = VT_PDF;
-    if ((e = ReadEnum(body, "OrbitalViewMode", TableNames(VT_NAMES_VIEW), view)).failed()) return e;
-    if (view != VT_PDF && view != VT_DRPDF) {
-        return {422, 5, "Invalid procedure call or argument: OrbitalViewMode must be PDF or DRPDF",
-                "OrbitalViewMode"};
-    }
+    if ((e = ReadView(body, view)).failed()) return e;
     const vt_OrbInfo& info = catalogue[index];
     const bool pdf = view == VT_PDF;
-    int64_t radius = pdf ? info.DefaultPDFAtomRadius : info.DefaultDRPDFAtomRadius;
-    int64_t threshold = pdf ? info.DefaultPDFDotThreshold : info.DefaultDRPDFDotThreshold;
-    int64_t target = 10000;
-    if ((e = ReadInt(body, "AtomRadius", 1, INT16_MAX, radius)).failed()) return e;
-    if ((e = ReadInt(body, "DotThreshold", 0, 255, threshold)).failed()) return e;
-    if ((e = ReadInt(body, "DotTarget", 0, INT16_MAX, target)).failed()) return e;
-    s = vt_OrbitalSetup{};
-    s.AtomRadius = static_cast<int16_t>(radius);
-    s.DotTarget = static_cast<int16_t>(target);
-    s.DotThreshold = static_cast<uint8_t>(threshold);
+    if ((e = ReadSetupFields(body, 1, pdf ? info.DefaultPDFAtomRadius : info.DefaultDRPDFAtomRadius,
+                             pdf ? info.DefaultPDFDotThreshold : info.DefaultDRPDFDotThreshold,
+                             view, s))
+            .failed()) {
+        return e;
+    }
     s.OrbitalIndex = static_cast<int16_t>(index);
-    s.OrbitalViewMode = view;
     return {};
 }
 
@@ -314,23 +340,9 @@ ApiError ParseStateSetup(const json& body, std::string& text, double& time, vt_O
         }
         time = t->get<double>();
     }
-    ApiError e;
     int32_t view = VT_PDF;
-    if ((e = ReadEnum(body, "OrbitalViewMode", TableNames(VT_NAMES_VIEW), view)).failed()) return e;
-    if (view != VT_PDF && view != VT_DRPDF) {
-        return {422, 5, "Invalid procedure call or argument: OrbitalViewMode must be PDF or DRPDF",
-                "OrbitalViewMode"};
-    }
-    int64_t radius = 0, threshold = 0, target = 10000;
-    if ((e = ReadInt(body, "AtomRadius", 0, INT16_MAX, radius)).failed()) return e;
-    if ((e = ReadInt(body, "DotThreshold", 0, 255, threshold)).failed()) return e;
-    if ((e = ReadInt(body, "DotTarget", 0, INT16_MAX, target)).failed()) return e;
-    s = vt_OrbitalSetup{};
-    s.AtomRadius = static_cast<int16_t>(radius);
-    s.DotTarget = static_cast<int16_t>(target);
-    s.DotThreshold = static_cast<uint8_t>(threshold);
-    s.OrbitalViewMode = view;
-    return {};
+    if (const ApiError e = ReadView(body, view); e.failed()) return e;
+    return ReadSetupFields(body, 0, 0, 0, view, s);
 }
 
 ApiError ParseRefill(const json& body, uint8_t& threshold, int32_t& target) {

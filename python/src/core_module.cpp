@@ -438,68 +438,55 @@ class PointArrays {
     std::vector<Axis> mAxes;  // outermost first; the last is the innermost run
 };
 
-py::array_t<double> Density(int16_t orbital, int32_t view, const PointArrays::Input& x,
-                            const PointArrays::Input& y, const PointArrays::Input& z,
-                            int32_t threads) {
+/// Evaluates at every point of x, y, z (broadcast, read where they lie) into a new array of T,
+/// `call(points, count, out)` filling `count` values from `out`, with the lock released.
+template <class T, class Call>
+py::array_t<T> AtPoints(const PointArrays::Input& x, const PointArrays::Input& y,
+                        const PointArrays::Input& z, Call&& call) {
     const PointArrays points(x, y, z);
-    py::array_t<double> out(points.Shape());
-    double* o = out.mutable_data();
+    py::array_t<T> out(points.Shape());
+    T* o = out.mutable_data();
     Engine([&] {
         int32_t rc = VT_OK;
         points.Each([&](const vt_points& p, size_t count, size_t offset) {
-            if (rc == VT_OK) rc = vt_real_density_at(orbital, view, &p, count, threads, o + offset);
+            if (rc == VT_OK) rc = call(p, count, o + offset);
         });
         return rc;
     });
     return out;
 }
 
+py::array_t<double> Density(int16_t orbital, int32_t view, const PointArrays::Input& x,
+                            const PointArrays::Input& y, const PointArrays::Input& z,
+                            int32_t threads) {
+    return AtPoints<double>(x, y, z, [&](const vt_points& p, size_t count, double* out) {
+        return vt_real_density_at(orbital, view, &p, count, threads, out);
+    });
+}
+
 py::array_t<double> Psi(int16_t orbital, const PointArrays::Input& x, const PointArrays::Input& y,
                         const PointArrays::Input& z, int32_t threads) {
-    const PointArrays points(x, y, z);
-    py::array_t<double> out(points.Shape());
-    double* o = out.mutable_data();
-    Engine([&] {
-        int32_t rc = VT_OK;
-        points.Each([&](const vt_points& p, size_t count, size_t offset) {
-            if (rc == VT_OK) rc = vt_wavefunction_at(orbital, &p, count, threads, o + offset);
-        });
-        return rc;
+    return AtPoints<double>(x, y, z, [&](const vt_points& p, size_t count, double* out) {
+        return vt_wavefunction_at(orbital, &p, count, threads, out);
     });
-    return out;
 }
 
 py::array_t<std::complex<double>> StatePsi(const State& s, double t, const PointArrays::Input& x,
                                            const PointArrays::Input& y, const PointArrays::Input& z,
                                            int32_t threads) {
-    const PointArrays points(x, y, z);
-    py::array_t<std::complex<double>> out(points.Shape());
-    auto* o = reinterpret_cast<double*>(out.mutable_data());
-    Engine([&] {
-        int32_t rc = VT_OK;
-        points.Each([&](const vt_points& p, size_t count, size_t offset) {
-            if (rc == VT_OK) rc = vt_state_psi_at(s.get(), t, &p, count, threads, o + 2 * offset);
+    // std::complex<double> is laid out as two doubles, real then imaginary.
+    return AtPoints<std::complex<double>>(
+        x, y, z, [&](const vt_points& p, size_t count, std::complex<double>* out) {
+            return vt_state_psi_at(s.get(), t, &p, count, threads, reinterpret_cast<double*>(out));
         });
-        return rc;
-    });
-    return out;
 }
 
 py::array_t<double> StateDensity(const State& s, double t, int32_t view,
                                  const PointArrays::Input& x, const PointArrays::Input& y,
                                  const PointArrays::Input& z, int32_t threads) {
-    const PointArrays points(x, y, z);
-    py::array_t<double> out(points.Shape());
-    double* o = out.mutable_data();
-    Engine([&] {
-        int32_t rc = VT_OK;
-        points.Each([&](const vt_points& p, size_t count, size_t offset) {
-            if (rc == VT_OK)
-                rc = vt_state_density_at(s.get(), t, view, &p, count, threads, o + offset);
-        });
-        return rc;
+    return AtPoints<double>(x, y, z, [&](const vt_points& p, size_t count, double* out) {
+        return vt_state_density_at(s.get(), t, view, &p, count, threads, out);
     });
-    return out;
 }
 
 py::array_t<double> Radial(int16_t orbital, const Doubles& r) {
