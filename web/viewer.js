@@ -101,10 +101,12 @@ async function choose(text, { keepTime = false } = {}) {
     return false;
   }
   say('');
-  state.text = info.text;
+  // The text as the learner wrote it ("sp3:0"), which the engine reads the same way everywhere;
+  // the engine's written-out form of a hybrid or sum is long.
+  state.text = text.trim();
   state.info = info;
   if (!keepTime) state.t = 0;
-  $('stateText').value = info.text;
+  $('stateText').value = state.text;
   showNumbers(info);
   await refresh();
   return true;
@@ -240,7 +242,7 @@ async function showNumbersPanel() {
   const info = state.info;
   const single = info.terms.length === 1;
   const t0 = info.terms[0];
-  $('infoName').textContent = info.text;
+  $('infoName').textContent = state.text;
   const rows = [['Kind', describeKind(info)]];
   if (single) {
     rows.push(['n, l, m', `${t0.n}, ${t0.l} (${'spdfghiklmnoqrtuvwxyz'[t0.l] || ''}), ${t0.average ? 'all, averaged' : fixed(t0.m, 0)}`]);
