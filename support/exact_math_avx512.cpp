@@ -4,7 +4,9 @@
 #if defined(__x86_64__)
 // GCC 12's gather and shift intrinsics start from a deliberately undefined register, which its
 // own uninitialised-use warning then flags inside the header.
+#if !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <immintrin.h>
 
 #include "support/exact_math.h"
