@@ -1,11 +1,11 @@
 """States beyond the catalogue from Python, against sympy's hydrogen functions (complex
-harmonics with the Condon-Shortley phase, R_nl, E_nl) and closed forms worked by hand."""
+harmonics with the Condon-Shortley phase), its Laguerre polynomials and closed forms worked by hand."""
 import math
 
 import numpy as np
 import pytest
 import sympy
-from sympy.physics.hydrogen import Psi_nlm, R_nl
+from sympy.physics.hydrogen import Psi_nlm
 
 import veltara
 
