@@ -79,7 +79,7 @@ int32_t vt_get_grid(vt_engine* e, int16_t index, uint8_t* grid, size_t size) {
 int32_t vt_real_density(int16_t orbital, int32_t view, const double* xyz, size_t count,
                         double* out) {
     if (count > 0 && xyz == nullptr) return kNullArgument;
-    const vt_points points{xyz, xyz + 1, xyz + 2, 3, 3, 3};
+    const vt_points points = veltara::host::PackedPoints(xyz);
     return vt_real_density_at(orbital, view, &points, count, 1, out);
 }
 

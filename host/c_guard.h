@@ -35,6 +35,13 @@ int32_t Guard(Body&& body) noexcept {
     }
 }
 
+/// Points packed as x, y, z triples from `xyz` (which may be NULL, with no point, for no count:
+/// no offset is then applied to it).
+inline vt_points PackedPoints(const double* xyz) {
+    if (xyz == nullptr) return vt_points{nullptr, nullptr, nullptr, 3, 3, 3};
+    return vt_points{xyz, xyz + 1, xyz + 2, 3, 3, 3};
+}
+
 /// True when the arrays of `points` are there for `count` points (any may be NULL for none).
 inline bool HasPoints(const vt_points& points, size_t count) {
     return count == 0 || (points.x != nullptr && points.y != nullptr && points.z != nullptr);

@@ -11,7 +11,7 @@ extern "C" {
 
 int32_t vt_wavefunction(int16_t orbital, const double* xyz, size_t count, double* out) {
     if (count > 0 && xyz == nullptr) return kNullArgument;
-    const vt_points points{xyz, xyz + 1, xyz + 2, 3, 3, 3};
+    const vt_points points = veltara::host::PackedPoints(xyz);
     return vt_wavefunction_at(orbital, &points, count, 1, out);
 }
 

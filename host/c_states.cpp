@@ -163,7 +163,7 @@ int32_t vt_state_psi(const vt_superposition* s, double t, const double* xyz, siz
                      double* out) {
     if (s == nullptr) return kNullObject;
     if (count > 0 && xyz == nullptr) return kNullArgument;
-    const vt_points points{xyz, xyz + 1, xyz + 2, 3, 3, 3};
+    const vt_points points = veltara::host::PackedPoints(xyz);
     return vt_state_psi_at(s, t, &points, count, 1, out);
 }
 
@@ -171,7 +171,7 @@ int32_t vt_state_density(const vt_superposition* s, double t, int32_t view, cons
                          size_t count, double* out) {
     if (s == nullptr) return kNullObject;
     if (count > 0 && xyz == nullptr) return kNullArgument;
-    const vt_points points{xyz, xyz + 1, xyz + 2, 3, 3, 3};
+    const vt_points points = veltara::host::PackedPoints(xyz);
     return vt_state_density_at(s, t, view, &points, count, 1, out);
 }
 
