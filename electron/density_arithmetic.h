@@ -13,6 +13,9 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+#if defined(__wasm_simd128__)
+#include <wasm_simd128.h>
+#endif
 
 #include "support/convert.h"
 #include "support/exact_math.h"
@@ -91,9 +94,19 @@ inline bool BothFinite(Pair a, Pair b) {
 /// Both lanes rounded to whole numbers in the current rounding mode (to nearest, ties to
 /// even, as std::nearbyint does); false when either lane does not give a byte 0..255.
 inline bool ToBytes(Pair a, uint8_t* out) {
+#if defined(__wasm_simd128__)
+    // WebAssembly's own rounding (ties to even) and saturating conversion: the emulated
+    // _mm_cvtpd_epi32 calls lrint lane by lane. A NaN lane, which would convert to 0, is refused.
+    const v128_t d = reinterpret_cast<const v128_t&>(a.v);
+    if (wasm_i64x2_bitmask(wasm_f64x2_eq(d, d)) != 3) return false;
+    const v128_t i = wasm_i32x4_trunc_sat_f64x2_zero(wasm_f64x2_nearest(d));
+    const auto lo = static_cast<uint32_t>(wasm_i32x4_extract_lane(i, 0));
+    const auto hi = static_cast<uint32_t>(wasm_i32x4_extract_lane(i, 1));
+#else
     const __m128i i = _mm_cvtpd_epi32(a.v);  // NaN and out-of-range lanes give INT32_MIN
     const auto lo = static_cast<uint32_t>(_mm_cvtsi128_si32(i));
     const auto hi = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_srli_si128(i, 4)));
+#endif
     if (lo > 255u || hi > 255u) return false;
     out[0] = static_cast<uint8_t>(lo);
     out[1] = static_cast<uint8_t>(hi);
