@@ -27,28 +27,6 @@ int ParseName(const std::string& option, const std::string& text,
     return UsageError(option, "'" + text + "' is not one of " + allowed);
 }
 
-/// A name from the engine's table of mode, view or size names (its key, any case); for sizes
-/// the pixel count too. `value` receives the row's value.
-int ParseTableName(const std::string& option, int32_t table, const std::string& text,
-                   int32_t& value) {
-    std::string lower;
-    for (char c : text) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    std::string allowed;
-    int32_t rows = 0;
-    vt_name_count(table, &rows);
-    for (int32_t i = 0; i < rows; ++i) {
-        vt_Name name{};
-        vt_name(table, i, &name);
-        const std::string number = std::to_string(name.Value);
-        if (lower == name.Key || (table == VT_NAMES_SIZE && lower == number)) {
-            value = name.Value;
-            return kExitOk;
-        }
-        allowed += (i == 0 ? "" : "|") + std::string(name.Key);
-    }
-    return UsageError(option, "'" + text + "' is not one of " + allowed);
-}
-
 /// The keys of a table of names joined by '|', for help texts.
 std::string TableKeys(int32_t table) {
     std::string keys;
@@ -60,6 +38,25 @@ std::string TableKeys(int32_t table) {
         keys += (i == 0 ? "" : "|") + std::string(name.Key);
     }
     return keys;
+}
+
+/// A name from the engine's table of mode, view or size names (its key, any case); for sizes
+/// the pixel count too. `value` receives the row's value.
+int ParseTableName(const std::string& option, int32_t table, const std::string& text,
+                   int32_t& value) {
+    std::string lower;
+    for (char c : text) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    int32_t rows = 0;
+    vt_name_count(table, &rows);
+    for (int32_t i = 0; i < rows; ++i) {
+        vt_Name name{};
+        vt_name(table, i, &name);
+        if (lower == name.Key || (table == VT_NAMES_SIZE && lower == std::to_string(name.Value))) {
+            value = name.Value;
+            return kExitOk;
+        }
+    }
+    return UsageError(option, "'" + text + "' is not one of " + TableKeys(table));
 }
 
 /// A whole number within [lo, hi].
