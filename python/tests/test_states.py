@@ -64,10 +64,13 @@ def test_superposition_facts_and_dtypes():
     assert veltara.wavefunction("0.6*2,1,0-0.8i*1,0,0", 1.0, 0, 0).dtype == np.complex128
     assert veltara.facts(veltara.State(3, 0, 0, Z=2)).energy_ev == pytest.approx(
         -4 / 18 * 27.211386245988, rel=1e-12)
-    # 5s, beyond the catalogue: R_50 vanishes where L_4^(1)(2r/5) does.
+    # 3s (a catalogue row, given as a state) and 5s: R_n0 vanishes where L_(n-1)^(1)(2r/n) does.
     x = sympy.symbols("x")
-    roots = np.roots([float(c) for c in sympy.Poly(sympy.assoc_laguerre(4, 1, x), x).all_coeffs()])
-    assert veltara.facts("5,0,0").node_radii == pytest.approx(sorted(2.5 * roots.real), rel=1e-8)
+    for n in (3, 5):
+        poly = sympy.Poly(sympy.assoc_laguerre(n - 1, 1, x), x)
+        roots = np.roots([float(c) for c in poly.all_coeffs()])
+        assert veltara.facts(f"{n},0,0").node_radii == pytest.approx(sorted(n / 2 * roots.real),
+                                                                    rel=1e-8)
 
 
 def test_samples_follow_the_radial_distribution_and_repeat_with_the_seed():

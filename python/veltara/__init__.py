@@ -326,10 +326,15 @@ def facts(orbital):
     energy_hartree, mean_radius (<r>) and most_probable_radius (Bohr radii); a State or text
     also gives Z, energy_ev, node_radii and, for a superposition (whose energy_hartree is <E>),
     beats (delta_hartree, period_fs, wavelength_nm for each pair of distinct energies)."""
+    try:
+        return OrbitalFacts(**_core.facts(_index(orbital)))  # a catalogue name or index
+    except (ValueError, TypeError):
+        pass
+    # Given as a state, a catalogue row too is answered with every fact of a state.
     found = _state_or_index(orbital)
-    if isinstance(found, Superposition):
-        return _states.state_facts(found)
-    return OrbitalFacts(**_core.facts(found))
+    if not isinstance(found, Superposition):
+        found = orbital if isinstance(orbital, Superposition) else parse(orbital)
+    return _states.state_facts(found)
 
 
 def simd():
