@@ -158,8 +158,8 @@ EMSCRIPTEN_KEEPALIVE int32_t vtw_state_surface(const char* text, double t, doubl
                                                int32_t resolution, int32_t* counts, double* level) {
     return Guard([&] {
         const veltara::Superposition s = veltara::ParseState(text);
-        *level = veltara::EnclosingLevel(s, t, fraction);
         gMesh = veltara::BoundarySurface(s, t, fraction, resolution);
+        *level = gMesh.level;
         counts[0] = static_cast<int32_t>(gMesh.xyz.size() / 3);
         counts[1] = static_cast<int32_t>(gMesh.triangles.size() / 3);
     });
