@@ -38,6 +38,16 @@ export function viridis(v) {
 export const legendColours = (palette) => (palette === 'safe' ? SAFE_WHEEL
   : [CLASSIC.positive, '#8cff3c', CLASSIC.negative, '#ff3cf0']);
 
+// A software renderer (no GPU) rasterises every sample of multisampling on the CPU, which
+// makes a frame several times slower; without a GPU the view goes without it.
+function softwareRenderer() {
+  const gl = document.createElement('canvas').getContext('webgl2');
+  const info = gl?.getExtension('WEBGL_debug_renderer_info');
+  const name = info ? String(gl.getParameter(info.UNMASKED_RENDERER_WEBGL)) : '';
+  gl?.getExtension('WEBGL_lose_context')?.loseContext();
+  return /swiftshader|llvmpipe|softpipe|software/i.test(name);
+}
+
 function niceLength(maxBohr) {
   for (const v of [100, 50, 20, 10, 5, 2, 1, 0.5, 0.2, 0.1]) if (v <= maxBohr) return v;
   return 0.1;
@@ -49,7 +59,8 @@ export class Scene3D {
     this.labels = labels;
     this.scaleText = scaleText;
     this.scaleBar = scaleBar;
-    this.renderer = new THREE.WebGLRenderer({ canvas, antialias: true, preserveDrawingBuffer: true });
+    this.software = softwareRenderer();
+    this.renderer = new THREE.WebGLRenderer({ canvas, antialias: !this.software, preserveDrawingBuffer: true });
     this.renderer.setClearColor(0x000000);
     this.camera = new THREE.PerspectiveCamera(35, 1, 0.01, 10000);
     this.camera.up.set(0, 0, 1);
@@ -111,6 +122,33 @@ export class Scene3D {
     this.render();
   }
 
+  /** Lays the surface of `s` over panel i's dots (replacing any), keeping them and the view. */
+  setSurface(i, s) {
+    const scene = this.panels[i].scene;
+    const old = scene.getObjectByName('surface');
+    if (old) {
+      scene.remove(old);
+      old.geometry.dispose();
+      old.material.dispose();
+    }
+    if (s.mesh && s.mesh.triangles.length) scene.add(this.surfaceOf(s));
+    this.render();
+  }
+
+  surfaceOf(s) {
+    const g = new THREE.BufferGeometry();
+    g.setAttribute('position', new THREE.BufferAttribute(s.mesh.xyz, 3));
+    const colours = new Float32Array(s.mesh.xyz.length);
+    s.mesh.phase.forEach((ph, i) => phaseColour(ph, this.palette, s.real).toArray(colours, 3 * i));
+    g.setAttribute('color', new THREE.BufferAttribute(colours, 3));
+    g.setIndex(new THREE.BufferAttribute(s.mesh.triangles, 1));
+    g.computeVertexNormals();
+    const mesh = new THREE.Mesh(g, new THREE.MeshLambertMaterial({ vertexColors: true,
+      transparent: true, opacity: 0.3, side: THREE.DoubleSide, depthWrite: false }));
+    mesh.name = 'surface';
+    return mesh;
+  }
+
   panel(s) {
     const scene = new THREE.Scene();
     scene.add(new THREE.AmbientLight(0xffffff, 1.6));
@@ -142,19 +180,7 @@ export class Scene3D {
       scene.add(new THREE.Points(g, new THREE.PointsMaterial({ size, sizeAttenuation: false,
         vertexColors: true, transparent: true, opacity: 0.85, depthWrite: false })));
     }
-    if (s.mesh && s.mesh.triangles.length) {
-      const g = new THREE.BufferGeometry();
-      g.setAttribute('position', new THREE.BufferAttribute(s.mesh.xyz, 3));
-      const colours = new Float32Array(s.mesh.xyz.length);
-      s.mesh.phase.forEach((ph, i) => phaseColour(ph, this.palette, s.real).toArray(colours, 3 * i));
-      g.setAttribute('color', new THREE.BufferAttribute(colours, 3));
-      g.setIndex(new THREE.BufferAttribute(s.mesh.triangles, 1));
-      g.computeVertexNormals();
-      const mesh = new THREE.Mesh(g, new THREE.MeshLambertMaterial({ vertexColors: true,
-        transparent: true, opacity: 0.3, side: THREE.DoubleSide, depthWrite: false }));
-      mesh.name = 'surface';
-      scene.add(mesh);
-    }
+    if (s.mesh && s.mesh.triangles.length) scene.add(this.surfaceOf(s));
     const ends = [];
     for (const a of [[1, 0, 0], [0, 1, 0], [0, 0, 1]]) {
       ends.push(new THREE.Vector3(...a).multiplyScalar(-this.radius), new THREE.Vector3(...a).multiplyScalar(this.radius));
