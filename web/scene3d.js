@@ -204,7 +204,10 @@ export class Scene3D {
   render() {
     const size = this.renderer.getSize(new THREE.Vector2());
     const n = Math.max(1, this.panels.length);
-    const cols = n === 1 ? 1 : size.x >= size.y ? n : Math.min(2, n);
+    // The grid whose panels come nearest to square, so none is a sliver that cuts its state.
+    const squareness = (c) => Math.abs(Math.log((size.x / c) / (size.y / Math.ceil(n / c))));
+    let cols = 1;
+    for (let c = 2; c <= n; c++) if (squareness(c) <= squareness(cols)) cols = c;
     const rows = Math.ceil(n / cols);
     const w = size.x / cols;
     const h = size.y / rows;

@@ -292,7 +292,7 @@ async function showNumbersPanel() {
   }
   plotRadial($('radial'), radii, p, { nodes: single ? info.nodeRadii : [],
     mostProbable: single ? info.mostProbableRadius : 0, inside });
-  const playable = (info.beats || []).length > 0;
+  const playable = (info.beats || []).length > 0 && state.kind === '3d';
   $('play').hidden = !playable;
   $('speedBox').hidden = !playable;
   if (!playable) stop();
