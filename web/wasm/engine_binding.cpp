@@ -77,8 +77,8 @@ EMSCRIPTEN_KEEPALIVE void vtw_default_request(vt_RenderRequest* out) {
 /// sign; a short buffer), the projection's (6, 11).
 EMSCRIPTEN_KEEPALIVE int32_t vtw_render_phase(vt_engine* e, int16_t index,
                                               const vt_RenderRequest* req, uint32_t positive,
-                                              uint32_t negative, const char* state,
-                                              uint8_t* bgra, size_t size, int32_t* edge) {
+                                              uint32_t negative, const char* state, uint8_t* bgra,
+                                              size_t size, int32_t* edge) {
     vt_OrbitalSetup setup{};
     if (const int32_t rc = vt_get_setup(e, index, &setup)) return rc;
     int32_t count = 0;
