@@ -199,3 +199,43 @@ test('classic views of a catalogue orbital and of a state beyond it (2p0 of He+)
     await again.close();
   }
 });
+
+test('a phone: the picture fits, the picker is in the first screen, nothing scrolls sideways', async () => {
+  const page = await open(PHONE);
+  assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= 390));
+  const view = await page.locator('#scene').boundingBox();
+  assert.ok(view.x >= 0 && view.x + view.width <= 390 && view.width >= 300);
+  const picker = await page.locator('#stateText').boundingBox();
+  assert.ok(picker.y + picker.height <= 844, `the state field ends at ${picker.y + picker.height}`);
+  await shot(page, 'phone');
+  await page.close();
+});
+
+test('axe-core finds nothing critical or serious, at both sizes', async () => {
+  for (const size of [WIDE, PHONE]) {
+    const page = await open(size);
+    await page.addScriptTag({ path: path.resolve('node_modules/axe-core/axe.min.js') });
+    const found = await page.evaluate(async () => (await window.axe.run()).violations
+      .filter((v) => v.impact === 'critical' || v.impact === 'serious')
+      .map((v) => `${v.id}: ${v.nodes.map((n) => n.target).join(' ')}`));
+    assert.deepEqual(found, []);
+    await page.close();
+  }
+});
+
+test('timings; one .wasm fetched, no server API, no console error', async () => {
+  const page = await open(WIDE);
+  for (const text of ['3,2,0', '4,0,0', '5,1,1c', '6,3,0']) {
+    await page.fill('#stateText', text);
+    await page.press('#stateText', 'Enter');
+    await page.waitForFunction((t) => window.veltara.state.text === t && !window.veltara.state.busy, text);
+  }
+  const t = await page.evaluate(() => window.veltara.state.timings);
+  const median = (v) => [...v].sort((a, b) => a - b)[Math.floor(v.length / 2)];
+  writeFileSync(path.join(outDir, 'timings.json'), JSON.stringify({ firstPictureMs: t.firstPicture,
+    medianShowMs: median(t.shows), medianDotsMs: median(t.dots), medianSurfaceMs: median(t.surfaces) }));
+  await page.close();
+  assert.ok(requests.some((u) => u.endsWith('.wasm')));
+  assert.deepEqual(requests.filter((u) => u.includes('/api/') || !u.startsWith(base)), []);
+  assert.deepEqual(problems, []);
+});
