@@ -122,6 +122,17 @@ export class Scene3D {
     this.render();
   }
 
+  /** Compiles the shaders of dots, surface and axes with a panel of one dot and one triangle,
+   *  while the page waits for its engine, so the first picture need not wait for them. */
+  warmUp() {
+    const one = { xyz: new Float32Array(3), phase: new Float32Array(1), real: true,
+      mesh: { xyz: new Float32Array([0, 0, 0, 1, 0, 0, 0, 1, 0]), triangles: new Uint32Array([0, 1, 2]),
+        phase: new Float32Array(3) } };
+    const { scene } = this.panel(one);
+    this.renderer.compile(scene, this.camera);
+    scene.traverse((o) => { o.geometry?.dispose(); o.material?.dispose(); });
+  }
+
   /** Lays the surface of `s` over panel i's dots (replacing any), keeping them and the view. */
   setSurface(i, s) {
     const scene = this.panels[i].scene;

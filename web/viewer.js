@@ -25,7 +25,7 @@ class EngineFailure extends Error {
   }
 }
 
-const worker = new Worker('engine_worker.js');
+const worker = window.veltaraWorker || new Worker('engine_worker.js'); // started by index.html
 const pending = new Map();
 let nextCall = 1;
 worker.onmessage = ({ data }) => {
@@ -38,6 +38,7 @@ worker.onerror = (event) => {
   event.preventDefault();
   say('The engine could not be started in this browser.', event.message);
 };
+if (worker.failure) say('The engine could not be started in this browser.', worker.failure);
 
 function engine(op, ...args) {
   return new Promise((resolve, reject) => {
@@ -444,6 +445,7 @@ function wire() {
 
 async function start() {
   scene = new Scene3D($('scene'), $('labels'), $('scaleText'), $('scaleBar'));
+  scene.warmUp();
   let started;
   try {
     started = await engine('start');
