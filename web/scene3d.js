@@ -114,7 +114,47 @@ export class Scene3D {
     this.render();
   }
 
-  /** New dots (and surface) for panel i, keeping the view: a step of an animation. */
+  /** The colours of the dots of `s` into `colours` (r, g, b a dot): the phase, or probability
+   *  levels (viridis over three decades of density below the highest dot's). */
+  dotColours(s, colours) {
+    const count = s.xyz.length / 3;
+    const cache = new Map();
+    const top = this.colouring === 'levels' && s.density ? Math.max(...s.density) : 0;
+    for (let i = 0; i < count; i++) {
+      if (top > 0) {
+        viridis(1 + Math.log10(Math.max(s.density[i] / top, 1e-6)) / 3).toArray(colours, 3 * i);
+        continue;
+      }
+      const key = s.real ? (Math.cos(s.phase[i]) >= 0 ? 0 : 1) : Math.round(s.phase[i] * 64);
+      if (!cache.has(key)) cache.set(key, phaseColour(s.real ? key * Math.PI : key / 64, this.palette, s.real));
+      const c = cache.get(key);
+      colours[3 * i] = c.r;
+      colours[3 * i + 1] = c.g;
+      colours[3 * i + 2] = c.b;
+    }
+    return colours;
+  }
+
+  /** New dots for panel i, as many as it has, written into its buffers (a step of an animation:
+   *  the renderer updates them in place instead of making new ones each frame). */
+  moveDots(i, s) {
+    const dots = this.panels[i]?.scene.getObjectByName('dots');
+    const position = dots?.geometry.getAttribute('position');
+    if (!position || position.array.length !== s.xyz.length) {
+      this.update(i, s);
+      return;
+    }
+    position.array.set(s.xyz);
+    position.needsUpdate = true;
+    const colour = dots.geometry.getAttribute('color');
+    this.dotColours(s, colour.array);
+    colour.needsUpdate = true;
+    const surface = this.panels[i].scene.getObjectByName('surface');
+    if (surface) this.setSurface(i, s);
+    else this.render();
+  }
+
+  /** New dots (and surface) for panel i, keeping the view. */
   update(i, s) {
     const old = this.panels[i];
     old.scene.traverse((o) => { o.geometry?.dispose(); o.material?.dispose(); });
@@ -168,28 +208,14 @@ export class Scene3D {
     scene.add(light);
     if (s.xyz) {
       const count = s.xyz.length / 3;
-      const colours = new Float32Array(count * 3);
-      const cache = new Map();
-      // Probability levels: viridis over three decades of density below the highest dot's.
-      const top = this.colouring === 'levels' && s.density ? Math.max(...s.density) : 0;
-      for (let i = 0; i < count; i++) {
-        if (top > 0) {
-          viridis(1 + Math.log10(Math.max(s.density[i] / top, 1e-6)) / 3).toArray(colours, 3 * i);
-          continue;
-        }
-        const key = s.real ? (Math.cos(s.phase[i]) >= 0 ? 0 : 1) : Math.round(s.phase[i] * 64);
-        if (!cache.has(key)) cache.set(key, phaseColour(s.real ? key * Math.PI : key / 64, this.palette, s.real));
-        const c = cache.get(key);
-        colours[3 * i] = c.r;
-        colours[3 * i + 1] = c.g;
-        colours[3 * i + 2] = c.b;
-      }
       const g = new THREE.BufferGeometry();
       g.setAttribute('position', new THREE.BufferAttribute(s.xyz, 3));
-      g.setAttribute('color', new THREE.BufferAttribute(colours, 3));
+      g.setAttribute('color', new THREE.BufferAttribute(this.dotColours(s, new Float32Array(count * 3)), 3));
       const size = Math.max(1.5, 2.2 * Math.sqrt(20000 / Math.max(count, 1))) * (window.devicePixelRatio || 1);
-      scene.add(new THREE.Points(g, new THREE.PointsMaterial({ size, sizeAttenuation: false,
-        vertexColors: true, transparent: true, opacity: 0.85, depthWrite: false })));
+      const dots = new THREE.Points(g, new THREE.PointsMaterial({ size, sizeAttenuation: false,
+        vertexColors: true, transparent: true, opacity: 0.85, depthWrite: false }));
+      dots.name = 'dots';
+      scene.add(dots);
     }
     if (s.mesh && s.mesh.triangles.length) scene.add(this.surfaceOf(s));
     const ends = [];

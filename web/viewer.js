@@ -324,7 +324,7 @@ async function frame(now) {
   // Time moves on by the last frame's length; the worker makes that step while this one is drawn.
   ahead = { t: t + step, dots: sample(t + step) };
   state.dots = { xyz: dots.xyz, phase: dots.phase, density: dots.density, real: state.info.real, mesh: null, title: state.text };
-  scene.update(0, state.dots);
+  scene.moveDots(0, state.dots);
   showTime();
   document.body.dataset.frames = String(Number(document.body.dataset.frames || 0) + 1);
   requestAnimationFrame(frame);
