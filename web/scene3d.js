@@ -114,12 +114,12 @@ export class Scene3D {
     this.render();
   }
 
-  /** The colours of the dots of `s` into `colours` (r, g, b a dot): the phase, or probability
-   *  levels (viridis over three decades of density below the highest dot's). */
-  dotColours(s, colours) {
+  /** The colours of the points of `s` into `colours` (r, g, b a point): the phase, or (for
+   *  dots) probability levels (viridis over three decades of density below the highest dot's). */
+  dotColours(s, colours, levels = this.colouring === 'levels') {
     const count = s.xyz.length / 3;
     const cache = new Map();
-    const top = this.colouring === 'levels' && s.density ? Math.max(...s.density) : 0;
+    const top = levels && s.density ? Math.max(...s.density) : 0;
     for (let i = 0; i < count; i++) {
       if (top > 0) {
         viridis(1 + Math.log10(Math.max(s.density[i] / top, 1e-6)) / 3).toArray(colours, 3 * i);
@@ -189,8 +189,8 @@ export class Scene3D {
   surfaceOf(s) {
     const g = new THREE.BufferGeometry();
     g.setAttribute('position', new THREE.BufferAttribute(s.mesh.xyz, 3));
-    const colours = new Float32Array(s.mesh.xyz.length);
-    s.mesh.phase.forEach((ph, i) => phaseColour(ph, this.palette, s.real).toArray(colours, 3 * i));
+    const colours = this.dotColours({ xyz: s.mesh.xyz, phase: s.mesh.phase, real: s.real },
+      new Float32Array(s.mesh.xyz.length), false);
     g.setAttribute('color', new THREE.BufferAttribute(colours, 3));
     g.setIndex(new THREE.BufferAttribute(s.mesh.triangles, 1));
     g.computeVertexNormals();
