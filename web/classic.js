@@ -227,7 +227,7 @@ function axisOnScreen(axis) {
 }
 
 function niceLength(maxBohr) {
-  for (const v of [50, 20, 10, 5, 2, 1, 0.5, 0.2, 0.1]) if (v <= maxBohr) return v;
+  for (const v of [5000, 2000, 1000, 500, 200, 100, 50, 20, 10, 5, 2, 1, 0.5, 0.2, 0.1]) if (v <= maxBohr) return v;
   return 0.1;
 }
 
@@ -295,7 +295,7 @@ function drawOverlay() {
   ctx.lineTo(right, base);
   ctx.lineTo(right, base - px(5));
   ctx.stroke();
-  const label = `${bohr} a₀ = ${(bohr * ANGSTROM_PER_BOHR).toPrecision(2)} Å`;
+  const label = `${bohr} a₀ = ${Number((bohr * ANGSTROM_PER_BOHR).toPrecision(2))} Å`;
   ctx.textAlign = 'right';
   ctx.fillText(label, right, base - px(8));
   if (m === MODE.perspective || m === MODE.anaglyph) ctx.fillText('at the nucleus', right, base - px(22));

@@ -49,7 +49,7 @@ function softwareRenderer() {
 }
 
 function niceLength(maxBohr) {
-  for (const v of [100, 50, 20, 10, 5, 2, 1, 0.5, 0.2, 0.1]) if (v <= maxBohr) return v;
+  for (const v of [5000, 2000, 1000, 500, 200, 100, 50, 20, 10, 5, 2, 1, 0.5, 0.2, 0.1]) if (v <= maxBohr) return v;
   return 0.1;
 }
 
