@@ -42,10 +42,16 @@ export const legendColours = (palette) => (palette === 'safe' ? SAFE_WHEEL
 // makes a frame several times slower; without a GPU the view goes without it.
 function softwareRenderer() {
   const gl = document.createElement('canvas').getContext('webgl2');
-  const info = gl?.getExtension('WEBGL_debug_renderer_info');
-  const name = info ? String(gl.getParameter(info.UNMASKED_RENDERER_WEBGL)) : '';
-  gl?.getExtension('WEBGL_lose_context')?.loseContext();
-  return /swiftshader|llvmpipe|softpipe|software/i.test(name);
+  if (!gl) return false;
+  const software = (name) => /swiftshader|llvmpipe|softpipe|software/i.test(String(name));
+  // Some browsers name the renderer itself; others only through the debug extension.
+  let found = software(gl.getParameter(gl.RENDERER));
+  if (!found && /webkit|mozilla/i.test(String(gl.getParameter(gl.RENDERER)))) {
+    const info = gl.getExtension('WEBGL_debug_renderer_info');
+    found = Boolean(info) && software(gl.getParameter(info.UNMASKED_RENDERER_WEBGL));
+  }
+  gl.getExtension('WEBGL_lose_context')?.loseContext();
+  return found;
 }
 
 function niceLength(maxBohr) {
@@ -162,14 +168,16 @@ export class Scene3D {
     this.render();
   }
 
-  /** Compiles the shaders of dots, surface and axes with a panel of one dot and one triangle,
-   *  while the page waits for its engine, so the first picture need not wait for them. */
+  /** Compiles and links the shaders of dots, surface and axes by drawing a panel of one dot and
+   *  one triangle (cleared in the same task, so never seen) while the page waits for its
+   *  engine, so the first picture need not wait for them. */
   warmUp() {
     const one = { xyz: new Float32Array(3), phase: new Float32Array(1), real: true,
       mesh: { xyz: new Float32Array([0, 0, 0, 1, 0, 0, 0, 1, 0]), triangles: new Uint32Array([0, 1, 2]),
         phase: new Float32Array(3) } };
     const { scene } = this.panel(one);
-    this.renderer.compile(scene, this.camera);
+    this.renderer.render(scene, this.camera);
+    this.renderer.clear();
     scene.traverse((o) => { o.geometry?.dispose(); o.material?.dispose(); });
   }
 
