@@ -203,7 +203,9 @@ export class Scene3D {
     g.setIndex(new THREE.BufferAttribute(s.mesh.triangles, 1));
     g.computeVertexNormals();
     const mesh = new THREE.Mesh(g, new THREE.MeshLambertMaterial({ vertexColors: true,
-      transparent: true, opacity: 0.3, side: THREE.DoubleSide, depthWrite: false }));
+      transparent: true, opacity: 0.3, side: THREE.DoubleSide, depthWrite: false,
+      // Back faces, then front ones, in two passes on a GPU; one pass in software (a third less).
+      forceSinglePass: this.software }));
     mesh.name = 'surface';
     return mesh;
   }
