@@ -307,7 +307,7 @@ function showTime() {
 // ---- Time: Play moves the superposition on; one beat period takes 4 s at 1× ----
 
 let lastFrame = 0;
-let ahead = null; // the next step's dots {t, dots}, made by the worker while this one is drawn
+let ahead = null; // the next step's dots {text, t, dots}, made by the worker while this one is drawn
 async function frame(now) {
   if (!state.playing) return;
   const beats = state.info.beats;
@@ -316,14 +316,21 @@ async function frame(now) {
   lastFrame = now;
   const step = (elapsed * Number($('speed').value) * period) / 4;
   const s = settings();
-  const sample = (t) => engine('sample', state.text, t, state.seed, s.count, s.weight);
+  const text = state.text;
+  const sample = (t) => engine('sample', text, t, state.seed, s.count, s.weight);
+  if (ahead && ahead.text !== text) ahead = null; // another state was chosen meanwhile
   const t = ahead ? ahead.t : state.t + step;
   const dots = await (ahead ? ahead.dots : sample(t));
   if (!state.playing) return;
+  if (text !== state.text) {
+    ahead = null;
+    requestAnimationFrame(frame);
+    return;
+  }
   state.t = t;
   // Time moves on by the last frame's length; the worker makes that step while this one is drawn.
-  ahead = { t: t + step, dots: sample(t + step) };
-  state.dots = { xyz: dots.xyz, phase: dots.phase, density: dots.density, real: state.info.real, mesh: null, title: state.text };
+  ahead = { text, t: t + step, dots: sample(t + step) };
+  state.dots = { xyz: dots.xyz, phase: dots.phase, density: dots.density, real: state.info.real, mesh: null, title: text };
   scene.moveDots(0, state.dots);
   showTime();
   document.body.dataset.frames = String(Number(document.body.dataset.frames || 0) + 1);
