@@ -72,8 +72,9 @@ const mode = () => Number(radioValue('mode'));
 const isState = (what) => typeof what === 'object';
 const isAverage = (index) => state.catalogue[index].OrbType === 1;
 const unsigned = (what) => (isState(what) ? !what.signed : isAverage(what));
+const FS_PER_AU = 0.024188843; // femtoseconds per hbar/E_h
 const displayName = (what) => {
-  if (isState(what)) return what.text;
+  if (isState(what)) return what.t ? `${what.text} at t = ${(what.t * FS_PER_AU).toFixed(3)} fs` : what.text;
   const info = state.catalogue[what];
   return isAverage(what) ? `⟨${info.Name}⟩` : info.Name;
 };
