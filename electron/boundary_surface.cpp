@@ -53,6 +53,14 @@ double LevelOf(const SuperpositionDraw& draw, double fraction) {
             total += w;
         }
     }
+    // One term: every weight is 1, so the level is the density of rank ceil(fraction * count)
+    // counted from the densest, which a selection finds without sorting the rest.
+    if (terms == 1) {
+        const double rank = std::ceil(fraction * total);
+        const auto at = levelWeight.begin() + static_cast<std::ptrdiff_t>(std::max(rank, 1.0)) - 1;
+        std::nth_element(levelWeight.begin(), at, levelWeight.end(), std::greater<>());
+        return at->first;
+    }
     // The densest points first, until they hold the fraction. The order is total (ties by
     // weight), so every library's sort adds the weights in the same order.
     std::sort(levelWeight.begin(), levelWeight.end(), std::greater<>());
@@ -102,14 +110,15 @@ SurfaceMesh BoundarySurface(const Superposition& s, double t, double fraction, i
         Raise(kErrInvalidCall, "the resolution must be a whole number from 8 to 256 (got " +
                                    std::to_string(resolution) + ")");
     const SuperpositionDraw draw(s, t, SampleWeight::Density);
-    const double level = LevelOf(draw, fraction);
+    SurfaceMesh mesh;
+    mesh.level = LevelOf(draw, fraction);
+    const double level = mesh.level;
     // A cube whose faces lie beyond the reach, so the region is inside and the surface closed.
     const double reach = ReachOf(s, level);
     const double half = reach * (1 + 2.0 / resolution);
     const Lattice lattice{-half, 2 * half / resolution, resolution};
     const bool average = s.Terms().front().state.shellAverage;
 
-    SurfaceMesh mesh;
     MarchTetrahedra(
         lattice,
         [&](int32_t k, double* values) {

@@ -18,14 +18,16 @@ double EnclosingLevel(const Superposition& s, double t, double fraction);
 
 /// A triangle mesh: vertices (x, y, z in Bohr, three floats each), triangles (three vertex
 /// indices each, counter-clockwise seen from outside the region), phase of Psi at each vertex
-/// (radians, as Sample gives it).
+/// (radians, as Sample gives it), and the level of |Psi|² it follows (0 until one is made).
 struct SurfaceMesh {
+    double level = 0;
     std::vector<float> xyz;
     std::vector<uint32_t> triangles;
     std::vector<float> phase;
 };
 
-/// The surface |Psi(t)|² = EnclosingLevel(s, t, fraction), by marching tetrahedra over a cube
+/// The surface |Psi(t)|² = EnclosingLevel(s, t, fraction) (the level kept in the mesh, so no
+/// caller searches for it twice), by marching tetrahedra over a cube
 /// of `resolution` cells a side that holds the whole region; neighbouring triangles share
 /// their vertices, so the mesh is closed. Raises 5 (with a sentence) for a resolution outside
 /// 8..256, and as EnclosingLevel.

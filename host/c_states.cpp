@@ -308,8 +308,8 @@ int32_t vt_surface_new(const vt_superposition* s, double t, double fraction, int
         if (resolution < 8 || resolution > 256)
             Raise(veltara::kErrInvalidCall, "the resolution must be from 8 to 256 cells");
         auto surface = std::make_unique<vt_surface>();
-        surface->level = veltara::EnclosingLevel(s->value, t, fraction);
         surface->mesh = veltara::BoundarySurface(s->value, t, fraction, resolution);
+        surface->level = surface->mesh.level;
         *out = surface.release();
     });
 }

@@ -2,6 +2,7 @@
  * pictures crossing the boundary (row order included), capacities of output arrays, callbacks,
  * and the numbers returned for NULL and short arguments. The engine's own behaviour is tested
  * in C++. Ends with "N passed, M failed". */
+#include <math.h>
 #include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -371,6 +372,21 @@ static void test_states(void) {
         CHECK(a != b && memcmp(ga, gb, sizeof ga) == 0);
         vt_superposition_free(s);
         vt_engine_free(e);
+    }
+
+    /* The 1s surface holding 90 %: its level L is e^(-2R)/pi on the sphere r = R, and the
+     * probability inside that sphere, 1 - e^(-2R)(1 + 2R + 2R²), is 0.9. */
+    {
+        vt_surface *m = NULL;
+        double level = 0, r = 0;
+        int32_t vertices = 0, triangles = 0;
+        CHECK_RC(vt_parse_state("1,0,0", &s), VT_OK);
+        CHECK_RC(vt_surface_new(s, 0.0, 0.9, 16, &m), VT_OK);
+        CHECK_RC(vt_surface_counts(m, &level, &vertices, &triangles), VT_OK);
+        r = level > 0 ? -log(3.14159265358979 * level) / 2 : 0;
+        CHECK(fabs(1 - exp(-2 * r) * (1 + 2 * r + 2 * r * r) - 0.9) < 0.002 && triangles > 0);
+        vt_surface_free(m);
+        vt_superposition_free(s);
     }
 }
 

@@ -1,7 +1,8 @@
 // The classic views: the engine's own five pictures (dots, dots in perspective, the red/green
-// anaglyph, the volumetric cloud and the slice) of one catalogue orbital at a time, drawn by
-// the engine's grid path as it has always drawn them, with the axes and a scale bar over them.
-// Its controls live in the picker's column; the page (viewer.js) says which orbital to show.
+// anaglyph, the volumetric cloud and the slice) of one state at a time, drawn by the engine's
+// grid path: a catalogue orbital as it has always been drawn, any other state through the
+// collection's own add for states. The axes and a scale bar lie over them. Its controls live in
+// the picker's column; the page (viewer.js) says what to show.
 
 const $ = (id) => document.getElementById(id);
 
@@ -53,7 +54,7 @@ const state = {
   catalogue: [],
   defaults: null,
   heldRadius: [],
-  o: null, // {handle, index, view, seed, refillSeed, setup}
+  o: null, // {handle, what, view, seed, refillSeed, setup}
   theta: START_THETA,
   phi: START_PHI,
   palette: 'safe',
@@ -66,18 +67,26 @@ const setRadio = (name, value) => {
   if (input) input.checked = true;
 };
 const mode = () => Number(radioValue('mode'));
+// What is shown: a catalogue row (its index) or any other state, {text, t, signed} (signed: Psi
+// is real, so its dots can take the colours of its sign).
+const isState = (what) => typeof what === 'object';
 const isAverage = (index) => state.catalogue[index].OrbType === 1;
-const displayName = (index) => {
-  const info = state.catalogue[index];
-  return isAverage(index) ? `⟨${info.Name}⟩` : info.Name;
+const unsigned = (what) => (isState(what) ? !what.signed : isAverage(what));
+const FS_PER_AU = 0.024188843; // femtoseconds per hbar/E_h
+const displayName = (what) => {
+  if (isState(what)) return what.t ? `${what.text} at t = ${(what.t * FS_PER_AU).toFixed(3)} fs` : what.text;
+  const info = state.catalogue[what];
+  return isAverage(what) ? `⟨${info.Name}⟩` : info.Name;
 };
+/** Whether two things to show are the same. */
+export const same = (a, b) => (isState(a) && isState(b) ? a.text === b.text && a.t === b.t : a === b);
 const visible = () => !$('classic').hidden;
 
 // The dot colouring drawn: an average has no sign, so it is drawn grey while the choice stays.
 function dotColour() {
   const colour = radioValue('colour');
   const o = current();
-  return colour === 'phase' && o && isAverage(o.index) ? 'grey' : colour;
+  return colour === 'phase' && o && unsigned(o.what) ? 'grey' : colour;
 }
 
 // Reads a whole number from an input and checks its range; says what is wrong if not.
@@ -151,7 +160,7 @@ function paint(canvas, picture) {
 function picture(o, request) {
   const m = request.Mode;
   if ((m === MODE.dots || m === MODE.perspective) && dotColour() === 'phase') {
-    return engine('renderPhase', o.handle, request, ...PHASE[state.palette]);
+    return engine('renderPhase', o.handle, request, ...PHASE[state.palette], isState(o.what) ? o.what.text : '');
   }
   return engine('render', o.handle, request);
 }
@@ -219,7 +228,7 @@ function axisOnScreen(axis) {
 }
 
 function niceLength(maxBohr) {
-  for (const v of [50, 20, 10, 5, 2, 1, 0.5, 0.2, 0.1]) if (v <= maxBohr) return v;
+  for (const v of [5000, 2000, 1000, 500, 200, 100, 50, 20, 10, 5, 2, 1, 0.5, 0.2, 0.1]) if (v <= maxBohr) return v;
   return 0.1;
 }
 
@@ -287,7 +296,7 @@ function drawOverlay() {
   ctx.lineTo(right, base);
   ctx.lineTo(right, base - px(5));
   ctx.stroke();
-  const label = `${bohr} a₀ = ${(bohr * ANGSTROM_PER_BOHR).toPrecision(2)} Å`;
+  const label = `${bohr} a₀ = ${Number((bohr * ANGSTROM_PER_BOHR).toPrecision(2))} Å`;
   ctx.textAlign = 'right';
   ctx.fillText(label, right, base - px(8));
   if (m === MODE.perspective || m === MODE.anaglyph) ctx.fillText('at the nucleus', right, base - px(22));
@@ -342,7 +351,7 @@ function showControls() {
   $('transectNoOut').textContent = o ? `${axis} = ${at < 0 ? '−' : ''}${Math.abs(at).toFixed(2)} a₀` : String(t);
   $('nanoCaption').textContent = m === MODE.slice ? 'Dots' : `Slice across ${axis}`;
   const view = o ? (o.view ? 'density × ρ·r' : 'ψ²') : '';
-  $('caption').textContent = o ? `${displayName(o.index)}, ${view}` : '';
+  $('caption').textContent = o ? `${displayName(o.what)}, ${view}` : '';
   const deg = (r) => Math.round((r * 180) / Math.PI);
   $('angles').textContent = m === MODE.slice ? '' : `· turned ${deg(state.theta)}°, ${deg(state.phi)}°`;
 }
@@ -378,22 +387,25 @@ async function showStats() {
 
 // ---- The orbital shown: one at a time, replaced only once the new one exists ----
 
-/** Shows catalogue orbital `index` (in `view`, 0 or 1), replacing the one shown. */
-export async function show(index, options = {}) {
+/** Shows `what` (a catalogue index or a state, in `view`, 0 or 1), replacing the one shown. */
+export async function show(what, options = {}) {
   const { view = Number(radioValue('view')), threshold = 0, target = DOT_TARGET,
     seed = 40000 + Math.floor(Math.random() * 1e9), refillSeed = null } = options;
-  const radius = options.radius ?? (await heldRadius(index));
+  // A state's box: the engine's own (the radius holding 99.9 %) unless the link gives one.
+  const radius = options.radius ?? (isState(what) ? 0 : await heldRadius(what));
+  const setup = { OrbitalIndex: isState(what) ? 0 : what, OrbitalViewMode: view, AtomRadius: radius,
+    DotThreshold: threshold, DotTarget: target };
   let added;
   try {
-    added = await engine('add', { OrbitalIndex: index, OrbitalViewMode: view, AtomRadius: radius,
-      DotThreshold: threshold, DotTarget: target }, seed);
+    added = isState(what) ? await engine('addState', what.text, what.t, setup, seed)
+      : await engine('add', setup, seed);
     if (refillSeed !== null) added = { ...added, ...(await engine('refill', added.handle, threshold, target, refillSeed)) };
   } catch (e) {
-    explain(e, `${displayName(index)} could not be calculated with these settings.`);
+    explain(e, `${displayName(what)} could not be calculated with these settings.`);
     return false;
   }
   const old = state.o;
-  state.o = { handle: added.handle, index, view, seed, refillSeed, setup: added.setup };
+  state.o = { handle: added.handle, what, view, seed, refillSeed, setup: added.setup };
   if (old) await engine('remove', old.handle).catch(() => {});
   $('dotTarget').value = added.setup.DotTarget;
   $('dotThreshold').value = added.setup.DotThreshold;
@@ -407,7 +419,7 @@ export async function show(index, options = {}) {
 function redo(changes) {
   const o = current();
   if (!o) return null;
-  return show(o.index, { view: o.view, radius: o.setup.AtomRadius, seed: o.seed,
+  return show(o.what, { view: o.view, radius: o.setup.AtomRadius, seed: o.seed,
     threshold: o.setup.DotThreshold, target: o.setup.DotTarget, ...changes });
 }
 

@@ -1,8 +1,7 @@
 // Files a learner can take away: the picture (PNG), the dots (PLY: x, y, z in Bohr radii and
 // the phase colour) and the boundary surface (GLB with vertex colours, and STL for printing;
 // one unit is one Bohr radius).
-import { GLTFExporter } from './vendor/GLTFExporter.js';
-import { STLExporter } from './vendor/STLExporter.js';
+// The exporters load when first asked for, so the first picture need not wait for them.
 import { phaseColour } from './scene3d.js';
 
 function save(name, data, type) {
@@ -35,11 +34,13 @@ export function downloadPly(dots, palette, name) {
 
 /** The boundary surface as binary glTF (GLB), vertex colours by phase. */
 export async function downloadGlb(mesh, name) {
+  const { GLTFExporter } = await import('./vendor/GLTFExporter.js');
   const glb = await new GLTFExporter().parseAsync(mesh, { binary: true });
   save(`${name}.glb`, glb, 'model/gltf-binary');
 }
 
 /** The boundary surface as binary STL. */
-export function downloadStl(mesh, name) {
+export async function downloadStl(mesh, name) {
+  const { STLExporter } = await import('./vendor/STLExporter.js');
   save(`${name}.stl`, new STLExporter().parse(mesh, { binary: true }), 'model/stl');
 }

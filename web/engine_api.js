@@ -147,11 +147,29 @@ function VeltaraApi(M) {
     },
     /** The dot picture with dots coloured `positive` or `negative` (0xRRGGBB) by the sign of
      *  the wavefunction where they sit; the same colour twice needs no wavefunction. */
-    renderPhase(handle, request, positive, negative) {
+    renderPhase(handle, request, positive, negative, state = '') {
       write(at.request, REQUEST_FIELDS, request);
-      check(M._vtw_render_phase(engine, handle, at.request, positive, negative, picture,
-        PICTURE_BYTES, at.i32));
+      withText(state, (s) => check(M._vtw_render_phase(engine, handle, at.request, positive,
+        negative, s, picture, PICTURE_BYTES, at.i32)));
       return copyPicture(view().getInt32(at.i32, true));
+    },
+    /** Adds any state (its text form) at time t like add (the setup's OrbitalIndex is not
+     *  read; AtomRadius 0 lets the engine choose); a catalogue orbital is added as itself. */
+    addState(text, t, setup) {
+      return withText(text, (s) => {
+        const detail = (rc) => {
+          if (rc) throw new EngineError(rc, M.UTF8ToString(M._vt_last_error_detail()) || M.UTF8ToString(M._vt_error_text(rc)));
+        };
+        detail(M._vt_parse_state(s, at.i32));
+        const parsed = view().getUint32(at.i32, true);
+        try {
+          write(at.setup, SETUP_FIELDS, { ...setup, OrbitalIndex: 0 });
+          detail(M._vt_add_state(engine, parsed, t, at.setup, at.i16));
+          return view().getInt16(at.i16, true);
+        } finally {
+          M._vt_superposition_free(parsed);
+        }
+      });
     },
     refill(handle, threshold, target) {
       const v = view();

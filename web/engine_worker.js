@@ -52,10 +52,16 @@ const operations = {
     const handle = api.add(setup);
     return { handle, setup: api.setup(handle), stats: api.stats(handle) };
   },
+  // Any state (its text form) at time t, as add adds a catalogue orbital.
+  addState(api, text, t, setup, seed) {
+    api.setClock(seed, true);
+    const handle = api.addState(text, t, setup);
+    return { handle, setup: api.setup(handle), stats: api.stats(handle) };
+  },
   remove: (api, handle) => api.remove(handle),
   render: (api, handle, request) => api.render(handle, request),
-  renderPhase: (api, handle, request, positive, negative) =>
-    api.renderPhase(handle, request, positive, negative),
+  renderPhase: (api, handle, request, positive, negative, text) =>
+    api.renderPhase(handle, request, positive, negative, text),
   // New dots drawn with the clock standing at `seed`, so a link can draw the same ones again.
   refill(api, handle, threshold, target, seed) {
     api.setClock(seed, false);

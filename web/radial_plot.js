@@ -45,7 +45,9 @@ export function plotRadial(host, radii, p, marks) {
     scales: { x: { time: false }, y: { range: (u, lo, hi) => [0, hi * 1.05 || 1] } },
     axes: [
       { label: 'r (Bohr radii a₀)', stroke: '#c7cdda', grid: { stroke: '#2e3340' }, ticks: { stroke: '#555' }, size: 36, labelSize: 18 },
-      { label: 'P(r) (per a₀)', stroke: '#c7cdda', grid: { stroke: '#2e3340' }, ticks: { stroke: '#555' }, size: 44, labelSize: 18 },
+      // As wide as its longest tick label, so "0.004" does not run into the axis's name.
+      { label: 'P(r) (per a₀)', stroke: '#c7cdda', grid: { stroke: '#2e3340' }, ticks: { stroke: '#555' },
+        size: (u, values) => Math.max(44, 18 + 7 * Math.max(0, ...(values || []).map((v) => String(v).length))), labelSize: 18 },
     ],
     series: [{}, { stroke: '#56b4e9', width: 2 }],
     hooks: { draw: [drawMarks] },

@@ -38,8 +38,24 @@ export function viridis(v) {
 export const legendColours = (palette) => (palette === 'safe' ? SAFE_WHEEL
   : [CLASSIC.positive, '#8cff3c', CLASSIC.negative, '#ff3cf0']);
 
+// A software renderer (no GPU) rasterises every sample of multisampling on the CPU, which
+// makes a frame several times slower; without a GPU the view goes without it.
+function softwareRenderer() {
+  const gl = document.createElement('canvas').getContext('webgl2');
+  if (!gl) return false;
+  const software = (name) => /swiftshader|llvmpipe|softpipe|software/i.test(String(name));
+  // Some browsers name the renderer itself; others only through the debug extension.
+  let found = software(gl.getParameter(gl.RENDERER));
+  if (!found && /webkit|mozilla/i.test(String(gl.getParameter(gl.RENDERER)))) {
+    const info = gl.getExtension('WEBGL_debug_renderer_info');
+    found = Boolean(info) && software(gl.getParameter(info.UNMASKED_RENDERER_WEBGL));
+  }
+  gl.getExtension('WEBGL_lose_context')?.loseContext();
+  return found;
+}
+
 function niceLength(maxBohr) {
-  for (const v of [100, 50, 20, 10, 5, 2, 1, 0.5, 0.2, 0.1]) if (v <= maxBohr) return v;
+  for (const v of [5000, 2000, 1000, 500, 200, 100, 50, 20, 10, 5, 2, 1, 0.5, 0.2, 0.1]) if (v <= maxBohr) return v;
   return 0.1;
 }
 
@@ -49,7 +65,8 @@ export class Scene3D {
     this.labels = labels;
     this.scaleText = scaleText;
     this.scaleBar = scaleBar;
-    this.renderer = new THREE.WebGLRenderer({ canvas, antialias: true, preserveDrawingBuffer: true });
+    this.software = softwareRenderer();
+    this.renderer = new THREE.WebGLRenderer({ canvas, antialias: !this.software, preserveDrawingBuffer: true });
     this.renderer.setClearColor(0x000000);
     this.camera = new THREE.PerspectiveCamera(35, 1, 0.01, 10000);
     this.camera.up.set(0, 0, 1);
@@ -103,12 +120,94 @@ export class Scene3D {
     this.render();
   }
 
-  /** New dots (and surface) for panel i, keeping the view: a step of an animation. */
+  /** The colours of the points of `s` into `colours` (r, g, b a point): the phase, or (for
+   *  dots) probability levels (viridis over three decades of density below the highest dot's). */
+  dotColours(s, colours, levels = this.colouring === 'levels') {
+    const count = s.xyz.length / 3;
+    const cache = new Map();
+    const top = levels && s.density ? Math.max(...s.density) : 0;
+    for (let i = 0; i < count; i++) {
+      if (top > 0) {
+        viridis(1 + Math.log10(Math.max(s.density[i] / top, 1e-6)) / 3).toArray(colours, 3 * i);
+        continue;
+      }
+      const key = s.real ? (Math.cos(s.phase[i]) >= 0 ? 0 : 1) : Math.round(s.phase[i] * 64);
+      if (!cache.has(key)) cache.set(key, phaseColour(s.real ? key * Math.PI : key / 64, this.palette, s.real));
+      const c = cache.get(key);
+      colours[3 * i] = c.r;
+      colours[3 * i + 1] = c.g;
+      colours[3 * i + 2] = c.b;
+    }
+    return colours;
+  }
+
+  /** New dots for panel i, as many as it has, written into its buffers (a step of an animation:
+   *  the renderer updates them in place instead of making new ones each frame). */
+  moveDots(i, s) {
+    const dots = this.panels[i]?.scene.getObjectByName('dots');
+    const position = dots?.geometry.getAttribute('position');
+    if (!position || position.array.length !== s.xyz.length) {
+      this.update(i, s);
+      return;
+    }
+    position.array.set(s.xyz);
+    position.needsUpdate = true;
+    const colour = dots.geometry.getAttribute('color');
+    this.dotColours(s, colour.array);
+    colour.needsUpdate = true;
+    const surface = this.panels[i].scene.getObjectByName('surface');
+    if (surface) this.setSurface(i, s);
+    else this.render();
+  }
+
+  /** New dots (and surface) for panel i, keeping the view. */
   update(i, s) {
     const old = this.panels[i];
     old.scene.traverse((o) => { o.geometry?.dispose(); o.material?.dispose(); });
     this.panels[i] = this.panel(s);
     this.render();
+  }
+
+  /** Compiles and links the shaders of dots, surface and axes by drawing a panel of one dot and
+   *  one triangle (cleared in the same task, so never seen) while the page waits for its
+   *  engine, so the first picture need not wait for them. */
+  warmUp() {
+    const one = { xyz: new Float32Array(3), phase: new Float32Array(1), real: true,
+      mesh: { xyz: new Float32Array([0, 0, 0, 1, 0, 0, 0, 1, 0]), triangles: new Uint32Array([0, 1, 2]),
+        phase: new Float32Array(3) } };
+    const { scene } = this.panel(one);
+    this.renderer.render(scene, this.camera);
+    this.renderer.clear();
+    scene.traverse((o) => { o.geometry?.dispose(); o.material?.dispose(); });
+  }
+
+  /** Lays the surface of `s` over panel i's dots (replacing any), keeping them and the view. */
+  setSurface(i, s) {
+    const scene = this.panels[i].scene;
+    const old = scene.getObjectByName('surface');
+    if (old) {
+      scene.remove(old);
+      old.geometry.dispose();
+      old.material.dispose();
+    }
+    if (s.mesh && s.mesh.triangles.length) scene.add(this.surfaceOf(s));
+    this.render();
+  }
+
+  surfaceOf(s) {
+    const g = new THREE.BufferGeometry();
+    g.setAttribute('position', new THREE.BufferAttribute(s.mesh.xyz, 3));
+    const colours = this.dotColours({ xyz: s.mesh.xyz, phase: s.mesh.phase, real: s.real },
+      new Float32Array(s.mesh.xyz.length), false);
+    g.setAttribute('color', new THREE.BufferAttribute(colours, 3));
+    g.setIndex(new THREE.BufferAttribute(s.mesh.triangles, 1));
+    g.computeVertexNormals();
+    const mesh = new THREE.Mesh(g, new THREE.MeshLambertMaterial({ vertexColors: true,
+      transparent: true, opacity: 0.3, side: THREE.DoubleSide, depthWrite: false,
+      // Back faces, then front ones, in two passes on a GPU; one pass in software (a third less).
+      forceSinglePass: this.software }));
+    mesh.name = 'surface';
+    return mesh;
   }
 
   panel(s) {
@@ -119,42 +218,16 @@ export class Scene3D {
     scene.add(light);
     if (s.xyz) {
       const count = s.xyz.length / 3;
-      const colours = new Float32Array(count * 3);
-      const cache = new Map();
-      // Probability levels: viridis over three decades of density below the highest dot's.
-      const top = this.colouring === 'levels' && s.density ? Math.max(...s.density) : 0;
-      for (let i = 0; i < count; i++) {
-        if (top > 0) {
-          viridis(1 + Math.log10(Math.max(s.density[i] / top, 1e-6)) / 3).toArray(colours, 3 * i);
-          continue;
-        }
-        const key = s.real ? (Math.cos(s.phase[i]) >= 0 ? 0 : 1) : Math.round(s.phase[i] * 64);
-        if (!cache.has(key)) cache.set(key, phaseColour(s.real ? key * Math.PI : key / 64, this.palette, s.real));
-        const c = cache.get(key);
-        colours[3 * i] = c.r;
-        colours[3 * i + 1] = c.g;
-        colours[3 * i + 2] = c.b;
-      }
       const g = new THREE.BufferGeometry();
       g.setAttribute('position', new THREE.BufferAttribute(s.xyz, 3));
-      g.setAttribute('color', new THREE.BufferAttribute(colours, 3));
+      g.setAttribute('color', new THREE.BufferAttribute(this.dotColours(s, new Float32Array(count * 3)), 3));
       const size = Math.max(1.5, 2.2 * Math.sqrt(20000 / Math.max(count, 1))) * (window.devicePixelRatio || 1);
-      scene.add(new THREE.Points(g, new THREE.PointsMaterial({ size, sizeAttenuation: false,
-        vertexColors: true, transparent: true, opacity: 0.85, depthWrite: false })));
+      const dots = new THREE.Points(g, new THREE.PointsMaterial({ size, sizeAttenuation: false,
+        vertexColors: true, transparent: true, opacity: 0.85, depthWrite: false }));
+      dots.name = 'dots';
+      scene.add(dots);
     }
-    if (s.mesh && s.mesh.triangles.length) {
-      const g = new THREE.BufferGeometry();
-      g.setAttribute('position', new THREE.BufferAttribute(s.mesh.xyz, 3));
-      const colours = new Float32Array(s.mesh.xyz.length);
-      s.mesh.phase.forEach((ph, i) => phaseColour(ph, this.palette, s.real).toArray(colours, 3 * i));
-      g.setAttribute('color', new THREE.BufferAttribute(colours, 3));
-      g.setIndex(new THREE.BufferAttribute(s.mesh.triangles, 1));
-      g.computeVertexNormals();
-      const mesh = new THREE.Mesh(g, new THREE.MeshLambertMaterial({ vertexColors: true,
-        transparent: true, opacity: 0.3, side: THREE.DoubleSide, depthWrite: false }));
-      mesh.name = 'surface';
-      scene.add(mesh);
-    }
+    if (s.mesh && s.mesh.triangles.length) scene.add(this.surfaceOf(s));
     const ends = [];
     for (const a of [[1, 0, 0], [0, 1, 0], [0, 0, 1]]) {
       ends.push(new THREE.Vector3(...a).multiplyScalar(-this.radius), new THREE.Vector3(...a).multiplyScalar(this.radius));
@@ -178,7 +251,10 @@ export class Scene3D {
   render() {
     const size = this.renderer.getSize(new THREE.Vector2());
     const n = Math.max(1, this.panels.length);
-    const cols = n === 1 ? 1 : size.x >= size.y ? n : Math.min(2, n);
+    // The grid whose panels come nearest to square, so none is a sliver that cuts its state.
+    const squareness = (c) => Math.abs(Math.log((size.x / c) / (size.y / Math.ceil(n / c))));
+    let cols = 1;
+    for (let c = 2; c <= n; c++) if (squareness(c) <= squareness(cols)) cols = c;
     const rows = Math.ceil(n / cols);
     const w = size.x / cols;
     const h = size.y / rows;

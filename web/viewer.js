@@ -25,7 +25,7 @@ class EngineFailure extends Error {
   }
 }
 
-const worker = new Worker('engine_worker.js');
+const worker = window.veltaraWorker || new Worker('engine_worker.js'); // started by index.html
 const pending = new Map();
 let nextCall = 1;
 worker.onmessage = ({ data }) => {
@@ -38,6 +38,7 @@ worker.onerror = (event) => {
   event.preventDefault();
   say('The engine could not be started in this browser.', event.message);
 };
+if (worker.failure) say('The engine could not be started in this browser.', worker.failure);
 
 function engine(op, ...args) {
   return new Promise((resolve, reject) => {
@@ -92,6 +93,7 @@ const reach = (info) => info.radius999 || Math.max(3, 2.6 * info.meanRadius);
 
 /** Reads `text` through the engine and shows it; a refusal is said beside the picker. */
 async function choose(text, { keepTime = false } = {}) {
+  state.chosenAt = performance.now(); // timings run from here: the learner's wait
   let info;
   try {
     info = await engine('describe', text);
@@ -140,19 +142,22 @@ async function refresh() {
   }
 }
 
-async function panelOf(text, info, withSurface, sampled = null) {
+// Asks the worker for a state's dots and then, when the view shows one, its surface: the worker
+// makes the surface while the page draws the dots.
+function ask(text) {
   const s = settings();
-  const dots = sampled || await engine('sample', text, state.t, state.seed, s.count, s.weight);
-  let mesh = null;
-  if (withSurface && s.surface && state.statesKnown && s.weight === 0) {
-    try {
-      mesh = await engine('surface', text, state.t, s.fraction, SURFACE_RESOLUTION);
-    } catch (e) {
+  const dots = engine('sample', text, state.t, state.seed, s.count, s.weight);
+  const wanted = s.surface && state.statesKnown && s.weight === 0;
+  const mesh = () => (wanted ? engine('surface', text, state.t, s.fraction, SURFACE_RESOLUTION)
+    .catch((e) => {
       explain(e, 'The boundary surface could not be made.');
-    }
-  }
-  return { xyz: dots.xyz, phase: dots.phase, density: dots.density, real: info.real, mesh, title: text };
+      return null;
+    }) : Promise.resolve(null));
+  return { dots, mesh };
 }
+
+const panelOf = (text, info, dots, mesh) => ({ xyz: dots.xyz, phase: dots.phase,
+  density: dots.density, real: info.real, mesh, title: text });
 
 // What the colours mean, over the picture.
 function showLegend(real) {
@@ -172,29 +177,33 @@ async function show3d() {
   scene.palette = settings().palette;
   scene.colouring = settings().colouring;
   showLegend(state.info.real);
-  const started = performance.now();
-  const panel = await panelOf(state.text, state.info, false);
+  const started = state.chosenAt ?? performance.now();
+  state.chosenAt = null;
+  const asked = ask(state.text);
+  const dots = await asked.dots;
   if (mine !== generation) return;
-  state.dots = panel;
-  scene.show([panel], reach(state.info));
+  const mesh = asked.mesh();
+  state.dots = panelOf(state.text, state.info, dots, null);
+  scene.show([state.dots], reach(state.info));
   if (state.timings.firstPicture === null) state.timings.firstPicture = performance.now();
   state.timings.dots.push(performance.now() - started);
-  if (!settings().surface) return;
-  const withSurface = await panelOf(state.text, state.info, true, panel);
-  if (mine !== generation || !withSurface.mesh) return;
-  state.dots = withSurface;
-  scene.update(0, withSurface);
+  const surface = await mesh;
+  if (mine !== generation || !surface) return;
+  state.dots = { ...state.dots, mesh: surface };
+  scene.setSurface(0, state.dots);
   state.timings.surfaces.push(performance.now() - started);
 }
 
 async function showClassic() {
-  if (state.info.catalogue < 0 || state.info.terms.length !== 1) {
-    say('The classic views draw the engine\'s 40 catalogue orbitals (n up to 4, Z = 1); this state is not one of them. The 3-D view shows it.');
-    return;
-  }
+  // A catalogue orbital is drawn as the engine has always drawn it; any other state at the
+  // page's time, with the colours of its sign where Psi is real.
+  const info = state.info;
+  const single = info.terms.length === 1;
+  const what = info.catalogue >= 0 && single ? info.catalogue
+    : { text: state.text, t: state.t, signed: info.real && (single || state.t === 0) && !info.terms[0].average };
   classic.classic.setPalette(settings().palette);
   const o = classic.classic.state.o;
-  if (!o || o.index !== state.info.catalogue) await classic.show(state.info.catalogue, state.classicLink || {});
+  if (!o || !classic.same(o.what, what)) await classic.show(what, state.classicLink || {});
   else await classic.draw();
   state.classicLink = null;
   classic.layout();
@@ -218,8 +227,10 @@ async function showCompare() {
   scene.palette = settings().palette;
   scene.colouring = settings().colouring;
   showLegend(infos.every((i) => i.real));
+  const asked = infos.map((info) => ask(info.text));
+  const meshes = asked.map((a) => a.mesh());
   const panels = [];
-  for (const info of infos) panels.push(await panelOf(info.text, info, true));
+  for (const [i, info] of infos.entries()) panels.push(panelOf(info.text, info, await asked[i].dots, await meshes[i]));
   state.compare = infos.map((i) => i.text);
   scene.show(panels, Math.max(...infos.map(reach)));
 }
@@ -282,7 +293,7 @@ async function showNumbersPanel() {
   }
   plotRadial($('radial'), radii, p, { nodes: single ? info.nodeRadii : [],
     mostProbable: single ? info.mostProbableRadius : 0, inside });
-  const playable = (info.beats || []).length > 0;
+  const playable = (info.beats || []).length > 0 && state.kind === '3d';
   $('play').hidden = !playable;
   $('speedBox').hidden = !playable;
   if (!playable) stop();
@@ -296,18 +307,31 @@ function showTime() {
 // ---- Time: Play moves the superposition on; one beat period takes 4 s at 1× ----
 
 let lastFrame = 0;
+let ahead = null; // the next step's dots {text, t, dots}, made by the worker while this one is drawn
 async function frame(now) {
   if (!state.playing) return;
   const beats = state.info.beats;
   const period = Math.max(...beats.map((b) => b.periodFs)) / FS_PER_AU;
   const elapsed = lastFrame ? Math.min(0.1, (now - lastFrame) / 1000) : 0;
   lastFrame = now;
-  state.t += (elapsed * Number($('speed').value) * period) / 4;
+  const step = (elapsed * Number($('speed').value) * period) / 4;
   const s = settings();
-  const dots = await engine('sample', state.text, state.t, state.seed, s.count, s.weight);
+  const text = state.text;
+  const sample = (t) => engine('sample', text, t, state.seed, s.count, s.weight);
+  if (ahead && ahead.text !== text) ahead = null; // another state was chosen meanwhile
+  const t = ahead ? ahead.t : state.t + step;
+  const dots = await (ahead ? ahead.dots : sample(t));
   if (!state.playing) return;
-  state.dots = { xyz: dots.xyz, phase: dots.phase, density: dots.density, real: state.info.real, mesh: null, title: state.text };
-  scene.update(0, state.dots);
+  if (text !== state.text) {
+    ahead = null;
+    requestAnimationFrame(frame);
+    return;
+  }
+  state.t = t;
+  // Time moves on by the last frame's length; the worker makes that step while this one is drawn.
+  ahead = { text, t: t + step, dots: sample(t + step) };
+  state.dots = { xyz: dots.xyz, phase: dots.phase, density: dots.density, real: state.info.real, mesh: null, title: text };
+  scene.moveDots(0, state.dots);
   showTime();
   document.body.dataset.frames = String(Number(document.body.dataset.frames || 0) + 1);
   requestAnimationFrame(frame);
@@ -329,6 +353,7 @@ function play() {
 
 function stop() {
   state.playing = false;
+  ahead = null;
   $('play').textContent = 'Play';
   $('play').setAttribute('aria-pressed', 'false');
 }
@@ -427,6 +452,7 @@ function wire() {
 
 async function start() {
   scene = new Scene3D($('scene'), $('labels'), $('scaleText'), $('scaleBar'));
+  scene.warmUp();
   let started;
   try {
     started = await engine('start');
@@ -456,5 +482,5 @@ async function start() {
   document.body.dataset.ready = 'true';
 }
 
-window.veltara = { state, choose, refresh, get scene() { return scene; } };
+window.veltara = { state, choose, refresh, engine, get scene() { return scene; } };
 start();

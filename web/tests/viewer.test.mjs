@@ -174,28 +174,30 @@ test('Play moves a superposition: the time and the dots change', async () => {
   await page.close();
 });
 
-test('classic views: the engine\'s picture, signs in Okabe–Ito colours, an exact link after "Draw again"', async () => {
-  const page = await open(WIDE, '#state=2,1,0&view=classic&ct=0&cp=0');
-  const rgba = await page.evaluate(() => {
-    const c = document.getElementById('main');
-    return Array.from(c.getContext('2d').getImageData(0, 0, 375, 375).data);
-  });
-  let [orangeUp, orange, blueDown, blue] = [0, 0, 0, 0];
-  for (let i = 0; i < rgba.length; i += 4) {
-    const up = i / 4 / 375 < 187;
-    if (rgba[i] > rgba[i + 2]) (orange++, orangeUp += up);
-    if (rgba[i + 2] > rgba[i]) (blue++, blueDown += !up);
+test('classic views of a catalogue orbital and of a state beyond it (2p0 of He+): signs in Okabe–Ito colours, an exact link after "Draw again"', async () => {
+  for (const state of ['2,1,0', 'Z=2;2,1,0']) {
+    const page = await open(WIDE, `#state=${state}&view=classic&ct=0&cp=0`);
+    const rgba = await page.evaluate(() => {
+      const c = document.getElementById('main');
+      return Array.from(c.getContext('2d').getImageData(0, 0, 375, 375).data);
+    });
+    let [orangeUp, orange, blueDown, blue] = [0, 0, 0, 0];
+    for (let i = 0; i < rgba.length; i += 4) {
+      const up = i / 4 / 375 < 187;
+      if (rgba[i] > rgba[i + 2]) (orange++, orangeUp += up);
+      if (rgba[i + 2] > rgba[i]) (blue++, blueDown += !up);
+    }
+    assert.ok(orange > 1000 && blue > 1000 && orangeUp > 0.97 * orange && blueDown > 0.97 * blue, state);
+    await page.fill('#dotTarget', '5000');
+    await page.press('#dotTarget', 'Enter');
+    await page.waitForFunction(() => location.hash.includes('&rs=') && !window.veltara.state.busy);
+    const again = await open(WIDE, await page.evaluate(() => location.hash));
+    const pixels = (p) => p.evaluate(() => document.getElementById('main').toDataURL());
+    const hashes = async (p) => p.evaluate(() => location.hash.match(/cs=\d+|rs=\d+|k=\d+/g).join(' '));
+    assert.ok(await pixels(again) === await pixels(page), `${await hashes(page)} and ${await hashes(again)} differ`);
+    await page.close();
+    await again.close();
   }
-  assert.ok(orange > 1000 && blue > 1000 && orangeUp > 0.97 * orange && blueDown > 0.97 * blue);
-  await page.fill('#dotTarget', '5000');
-  await page.press('#dotTarget', 'Enter');
-  await page.waitForFunction(() => location.hash.includes('&rs=') && !window.veltara.state.busy);
-  const again = await open(WIDE, await page.evaluate(() => location.hash));
-  const pixels = (p) => p.evaluate(() => document.getElementById('main').toDataURL());
-  const hashes = async (p) => p.evaluate(() => location.hash.match(/cs=\d+|rs=\d+|k=\d+/g).join(' '));
-  assert.ok(await pixels(again) === await pixels(page), `${await hashes(page)} and ${await hashes(again)} differ`);
-  await page.close();
-  await again.close();
 });
 
 test('a phone: the picture fits, the picker is in the first screen, nothing scrolls sideways', async () => {

@@ -6,8 +6,11 @@
 #include <cmath>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <vector>
 
+#include "electron/state_text.h"
+#include "electron/state_wave.h"
 #include "electron/wavefunction.h"
 #include "host/veltara.h"
 #include "records/PublicTypes.h"
@@ -66,14 +69,16 @@ EMSCRIPTEN_KEEPALIVE void vtw_default_request(vt_RenderRequest* out) {
 
 /// The dot picture of orbital `index` for `req` (orthographic or perspective, Main or Nano) with
 /// each dot coloured by the sign of the wavefunction at its place: colours 0xRRGGBB for
-/// positive and negative. bgra (out): the picture, rows top first, `size` bytes at least
+/// positive and negative. A slot added as a state names it in `state` (its text form; "" or
+/// NULL for a catalogue orbital): the sign is that of Psi at t = 0, so the page colours only a
+/// real-valued state this way. bgra (out): the picture, rows top first, `size` bytes at least
 /// (375 x 375 x 4 or 127 x 127 x 4); edge (out): its width and height.
 /// Errors: those of vt_get_setup and vt_get_dots (9, 91), 5 (an averaged shell, which has no
 /// sign; a short buffer), the projection's (6, 11).
 EMSCRIPTEN_KEEPALIVE int32_t vtw_render_phase(vt_engine* e, int16_t index,
                                               const vt_RenderRequest* req, uint32_t positive,
-                                              uint32_t negative, uint8_t* bgra, size_t size,
-                                              int32_t* edge) {
+                                              uint32_t negative, const char* state, uint8_t* bgra,
+                                              size_t size, int32_t* edge) {
     vt_OrbitalSetup setup{};
     if (const int32_t rc = vt_get_setup(e, index, &setup)) return rc;
     int32_t count = 0;
@@ -90,9 +95,13 @@ EMSCRIPTEN_KEEPALIVE int32_t vtw_render_phase(vt_engine* e, int16_t index,
         std::vector<bool> signs(dots.size(), true);
         if (positive != negative) {
             const double step = setup.AtomRadius / 127.0;
+            const bool named = state != nullptr && *state != '\0';
+            const std::optional<veltara::Superposition> s =
+                named ? std::optional(veltara::ParseState(state)) : std::nullopt;
             for (size_t i = 0; i < dots.size(); ++i) {
-                signs[i] = veltara::Wavefunction(setup.OrbitalIndex, dots[i].X * step,
-                                                 dots[i].Y * step, dots[i].Z * step) >= 0.0;
+                const double x = dots[i].X * step, y = dots[i].Y * step, z = dots[i].Z * step;
+                signs[i] = s ? veltara::Psi(*s, x, y, z, 0).real() >= 0.0
+                             : veltara::Wavefunction(setup.OrbitalIndex, x, y, z) >= 0.0;
             }
         }
         veltara::RenderRequest r;

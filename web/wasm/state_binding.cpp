@@ -26,6 +26,15 @@ namespace {
 std::string gMessage;        // the sentence of the last refusal
 std::string gReport;         // the last description, as JSON
 veltara::SurfaceMesh gMesh;  // the last surface
+// What the last surface was made for: the page asks again for the same one when only the dots
+// or the colours change.
+struct SurfaceKey {
+    std::string text;
+    double t, fraction;
+    int32_t resolution;
+    bool operator==(const SurfaceKey&) const = default;
+};
+std::optional<SurfaceKey> gMeshKey;
 
 template <class F>
 int32_t Guard(F&& f) {
@@ -153,13 +162,18 @@ EMSCRIPTEN_KEEPALIVE int32_t vtw_state_sample(const char* text, double t, double
 
 /// The boundary surface holding `fraction` of the probability at time t; counts (out):
 /// vertices and triangles; level (out): the |Psi|^2 it follows. The mesh stays until the next
-/// call: vtw_surface_xyz/triangles/phase point at it.
+/// call: vtw_surface_xyz/triangles/phase point at it. The same question again (the same text,
+/// t, fraction and resolution) is answered with the mesh already made.
 EMSCRIPTEN_KEEPALIVE int32_t vtw_state_surface(const char* text, double t, double fraction,
                                                int32_t resolution, int32_t* counts, double* level) {
     return Guard([&] {
-        const veltara::Superposition s = veltara::ParseState(text);
-        *level = veltara::EnclosingLevel(s, t, fraction);
-        gMesh = veltara::BoundarySurface(s, t, fraction, resolution);
+        SurfaceKey key{text, t, fraction, resolution};
+        if (gMeshKey != key) {
+            gMeshKey.reset();
+            gMesh = veltara::BoundarySurface(veltara::ParseState(text), t, fraction, resolution);
+            gMeshKey = std::move(key);
+        }
+        *level = gMesh.level;
         counts[0] = static_cast<int32_t>(gMesh.xyz.size() / 3);
         counts[1] = static_cast<int32_t>(gMesh.triangles.size() / 3);
     });
