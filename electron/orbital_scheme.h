@@ -18,6 +18,7 @@
 #include "electron/catalogue.h"
 #include "electron/density_arithmetic.h"
 #include "electron/grid_rows.h"
+#include "electron/wide_rows.h"
 #include "records/PublicTypes.h"
 #include "support/convert.h"
 
@@ -51,6 +52,15 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
     /// The catalogue row this class draws.
     static constexpr int16_t CatalogueRow() { return Orb::kRow; }
     OrbInfo GetInfo() final { return CatalogueInfo(Orb::kRow); }
+
+    /// The class's formula and the factor of its exponent, for the row kernels of the wider
+    /// vector paths (electron/wide_row_kernel.h), which evaluate them in their own number types.
+    template <class T>
+    static T Formula(const T& e, const Terms<T>& t) {
+        return Orb::Density(e, t);
+    }
+    static constexpr double MinusK() { return Orb::kMinusK; }
+    static constexpr RadialWeight kWeight = W;
 
     uint8_t GetPDF(const COORDdoubleParams& COORDS) final {
         return Byte<ViewMode::PDF>(COORDS, mPDFScaleFactor);
@@ -270,6 +280,19 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
         const double* X = grid.squares + xFirst;
         const double Y = grid.squares[y], Z = grid.squares[z];
         const size_t n = static_cast<size_t>(xLast - xFirst + 1);
+        static const WideGridRow wide = WideGridRowFor(Orb::kRow, V);
+        if (wide != nullptr) {
+            // The wide row leaves its faulty and out-of-range points to the per-point path here.
+            uint64_t redo[2];
+            wide(grid, xFirst, xLast, y, z, out, scale, redo);
+            for (size_t w = 0; w < 2; ++w) {
+                for (uint64_t bits = redo[w]; bits != 0; bits &= bits - 1) {
+                    const size_t i = w * 64 + static_cast<size_t>(__builtin_ctzll(bits));
+                    out[i] = Byte<V>({X[i], Y, Z}, scale);
+                }
+            }
+            return;
+        }
         alignas(64) double rho2[kRun + 1], r2[kRun + 1], r[kRun + 1], e[kRun + 1];
         for (size_t i = 0; i < n; i += 2) {
             const size_t k = i + 1 < n ? i + 1 : i;
