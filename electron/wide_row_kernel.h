@@ -69,7 +69,7 @@ Num<L> operator-(Num<L> a) {
 /// The engine's exponential lane by lane: the common sequence inline, the rare lanes beyond its
 /// range through the scalar Exp (an out-of-line function of the baseline).
 template <class L>
-Num<L> Exp(Num<L> a) {
+[[gnu::always_inline]] inline Num<L> Exp(Num<L> a) {
     constexpr uint32_t kAll = (1u << L::kLanes) - 1;
     if (L::Within(a.v, exact::table::kMainLimit) == kAll) [[likely]] {
         return {exact::table::ExpMain<L>(a.v)};
