@@ -199,6 +199,23 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
 
     static constexpr size_t kRun = 128;
 
+    /// The wide kernels of the process's vector path, or null (looked up once).
+    static const WideTable* Wide() {
+        static const WideTable* const table = WideKernels();
+        return table;
+    }
+    static constexpr size_t ViewIndex(ViewMode v) { return v == ViewMode::DRPDF ? 1 : 0; }
+    /// Calls again(i) for each point i marked in redo, in order: the per-point path writes the
+    /// points a wide kernel left, or raises the error of the first faulty one.
+    template <class Again>
+    static void Redo(const uint64_t* redo, Again again) {
+        for (size_t w = 0; w < 2; ++w) {
+            for (uint64_t bits = redo[w]; bits != 0; bits &= bits - 1) {
+                again(w * 64 + static_cast<size_t>(__builtin_ctzll(bits)));
+            }
+        }
+    }
+
     /// The distances and exponentials of points[0..count), count <= kRun; of an odd count the
     /// last point is left out (the runs below do it apart, as a pair of itself).
     struct Run {
@@ -234,6 +251,17 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
     template <ViewMode V>
     static void UnscaledRun(const COORDdoubleParams* points, double* out, size_t count,
                             double factor) {
+        if (const WideTable* wide = Wide()) {
+            for (size_t start = 0; start < count; start += kRun) {
+                const size_t n = count - start < kRun ? count - start : kRun;
+                const COORDdoubleParams* p = points + start;
+                double* o = out + start;
+                uint64_t redo[2];
+                wide->values[Orb::kRow][ViewIndex(V)](p, n, factor, o, redo);
+                Redo(redo, [&](size_t i) { o[i] = CheckFinite(Unscaled<V>(p[i]) * factor); });
+            }
+            return;
+        }
         Run run;
         for (size_t start = 0; start < count; start += kRun) {
             const size_t n = count - start < kRun ? count - start : kRun;
@@ -280,17 +308,11 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
         const double* X = grid.squares + xFirst;
         const double Y = grid.squares[y], Z = grid.squares[z];
         const size_t n = static_cast<size_t>(xLast - xFirst + 1);
-        static const WideGridRow wide = WideGridRowFor(Orb::kRow, V);
-        if (wide != nullptr) {
+        if (const WideTable* wide = Wide()) {
             // The wide row leaves its faulty and out-of-range points to the per-point path here.
             uint64_t redo[2];
-            wide(grid, xFirst, xLast, y, z, out, scale, redo);
-            for (size_t w = 0; w < 2; ++w) {
-                for (uint64_t bits = redo[w]; bits != 0; bits &= bits - 1) {
-                    const size_t i = w * 64 + static_cast<size_t>(__builtin_ctzll(bits));
-                    out[i] = Byte<V>({X[i], Y, Z}, scale);
-                }
-            }
+            wide->rows[Orb::kRow][ViewIndex(V)](grid, xFirst, xLast, y, z, out, scale, redo);
+            Redo(redo, [&](size_t i) { out[i] = Byte<V>({X[i], Y, Z}, scale); });
             return;
         }
         alignas(64) double rho2[kRun + 1], r2[kRun + 1], r[kRun + 1], e[kRun + 1];
@@ -328,6 +350,17 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
 
     template <ViewMode V>
     static void ByteRun(const COORDdoubleParams* points, uint8_t* out, size_t count, double scale) {
+        if (const WideTable* wide = Wide()) {
+            for (size_t start = 0; start < count; start += kRun) {
+                const size_t n = count - start < kRun ? count - start : kRun;
+                const COORDdoubleParams* p = points + start;
+                uint8_t* o = out + start;
+                uint64_t redo[2];
+                wide->bytes[Orb::kRow][ViewIndex(V)](p, n, scale, o, redo);
+                Redo(redo, [&](size_t i) { o[i] = Byte<V>(p[i], scale); });
+            }
+            return;
+        }
         Run run;
         for (size_t start = 0; start < count; start += kRun) {
             const size_t n = count - start < kRun ? count - start : kRun;

@@ -1,5 +1,6 @@
-// The grid-row kernel of the catalogue's orbitals over a lane type L, for the files compiled for
-// one wider instruction set (electron/wide_rows_avx2.cpp, wide_rows_avx512.cpp) and for them only.
+// The grid-row and batch kernels of the catalogue's orbitals over a lane type L, for the files
+// compiled for one wider instruction set (electron/wide_rows_avx2.cpp, wide_rows_avx512.cpp) and
+// for them only.
 //
 // Everything here is a template over L, and each file declares its L in an anonymous namespace:
 // every function made from these templates is then local to its file, so the linker can never
@@ -7,14 +8,15 @@
 // a point that is faulty or gives no byte is handed back to the caller (baseline code).
 //
 // L supplies the operations of the exponential's common sequence (support/exact_math_table.h)
-// and: kLanes; Load (unaligned) and Store; Sqrt; Neg; Within(a, limit), the lanes with
-// |a| <= limit as bits; Finite(a, b), the lanes with |a| <= max and |b| <= max; and
-// ToBytes(a, out), which writes the lanes rounded as std::nearbyint does (when they fit) and
-// returns the lanes that give no byte 0..255.
+// and: kLanes; Load (unaligned), LoadStride3 (every third double) and Store; Sqrt; Neg; Within(a,
+// limit), the lanes with |a| <= limit as bits; Finite(a, b), the lanes with |a| <= max and |b| <=
+// max; and ToBytes(a, out), which writes the lanes rounded as std::nearbyint does (when they fit)
+// and returns the lanes that give no byte 0..255.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "electron/orbital_list.h"
 #include "electron/wide_rows.h"
@@ -80,8 +82,37 @@ template <class L>
     return {L::Load(lanes)};
 }
 
-/// The grid row of Orb's view V, as OrbitalScheme<Orb, W>::GridRow computes it (the same
-/// operations in the same order), kLanes points a step.
+/// The unscaled value of Orb's view V at kLanes points, as OrbitalScheme<Orb, W>::Evaluate and
+/// Finish compute it (the same operations in the same order); r2 receives r².
+template <class L, class Orb, ViewMode V>
+[[gnu::always_inline]] inline Num<L> Value(Num<L> x, Num<L> y, Num<L> z, Num<L>& r2) {
+    using N = Num<L>;
+    const N rho2 = y + x;
+    r2 = rho2 + z;
+    const N r{L::Sqrt(r2.v)};
+    const N e = Exp(Orb::MinusK() == -1.0 ? -r : r * Orb::MinusK());
+    const N f = Orb::template Formula<N>(e, Terms<N>{x, y, z, rho2, r2, r});
+    if constexpr (V == ViewMode::PDF) {
+        return f;
+    } else if constexpr (Orb::kWeight == RadialWeight::kRhoTimesR) {
+        return f * N{L::Sqrt(rho2.v)} * r;
+    } else {
+        return f * r2;
+    }
+}
+
+/// The lanes of `bad` among the first m marked in redo from bit i on (kLanes divides 64, so no
+/// step crosses a word).
+template <class L>
+inline void MarkRedo(uint32_t bad, int32_t m, int32_t i, uint64_t* redo) {
+    bad &= (1u << m) - 1;
+    if (bad != 0) [[unlikely]] {
+        redo[i / 64] |= uint64_t{bad} << (i % 64);
+    }
+}
+
+/// The grid row of Orb's view V, as OrbitalScheme<Orb, W>::GridRow computes it, kLanes points a
+/// step (see WideGridRow).
 template <class L, class Orb, ViewMode V>
 void GridRow(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y, int32_t z,
              uint8_t* out, double scale, uint64_t* redo) {
@@ -102,35 +133,59 @@ void GridRow(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y, int
             for (int32_t j = 0; j < kLanes; ++j) tail[j] = X[i + (j < m ? j : m - 1)];
             x = {L::Load(tail)};
         }
-        const N rho2 = Y + x;
-        const N r2 = rho2 + Z;
-        const N r{L::Sqrt(r2.v)};
-        const N e = Exp(Orb::MinusK() == -1.0 ? -r : r * Orb::MinusK());
-        const N f = Orb::template Formula<N>(e, Terms<N>{x, Y, Z, rho2, r2, r});
-        N v = f;
-        if constexpr (V == ViewMode::DRPDF) {
-            if constexpr (Orb::kWeight == RadialWeight::kRhoTimesR) {
-                v = f * N{L::Sqrt(rho2.v)} * r;
-            } else {
-                v = f * r2;
-            }
-        }
+        N r2;
+        const N v = Value<L, Orb, V>(x, Y, Z, r2);
         alignas(16) uint8_t bytes[kLanes];
-        uint32_t bad = ~L::Finite(v.v, r2.v) | L::ToBytes((v * scale).v, bytes);
-        bad &= (1u << m) - 1;
+        MarkRedo<L>(~L::Finite(v.v, r2.v) | L::ToBytes((v * scale).v, bytes), m, i, redo);
         std::memcpy(out + i, bytes, static_cast<size_t>(m));
-        if (bad != 0) [[unlikely]] {
-            redo[i / 64] |= uint64_t{bad} << (i % 64);  // kLanes divides 64: no lane crosses
+    }
+}
+
+/// The points p[0..count) as the batch path computes them, kLanes a step (see WideBatch):
+/// out gets value x factor as a double, or its byte.
+template <class L, class Orb, ViewMode V, class Out>
+void Batch(const COORDdoubleParams* p, size_t count, double factor, Out* out, uint64_t* redo) {
+    using N = Num<L>;
+    constexpr int32_t kLanes = L::kLanes;
+    const auto n = static_cast<int32_t>(count);
+    redo[0] = redo[1] = 0;
+    for (int32_t i = 0; i < n; i += kLanes) {
+        const int32_t m = n - i < kLanes ? n - i : kLanes;
+        const COORDdoubleParams* q = p + i;
+        COORDdoubleParams tail[kLanes] = {};
+        if (m < kLanes) {
+            // The last few, the spare lanes at the origin.
+            for (int32_t j = 0; j < m; ++j) tail[j] = q[j];
+            q = tail;
+        }
+        N r2;
+        const N v = Value<L, Orb, V>(N{L::LoadStride3(&q->Xs)}, N{L::LoadStride3(&q->Ys)},
+                                     N{L::LoadStride3(&q->Zs)}, r2);
+        if constexpr (std::is_same_v<Out, uint8_t>) {
+            alignas(16) uint8_t bytes[kLanes];
+            MarkRedo<L>(~L::Finite(v.v, r2.v) | L::ToBytes((v * factor).v, bytes), m, i, redo);
+            std::memcpy(out + i, bytes, static_cast<size_t>(m));
+        } else {
+            // A finite product needs a finite value: the check of the per-point path.
+            const N scaled = v * factor;
+            alignas(64) double values[kLanes];
+            L::Store(values, scaled.v);
+            MarkRedo<L>(~L::Finite(scaled.v, r2.v), m, i, redo);
+            std::memcpy(out + i, values, sizeof(double) * static_cast<size_t>(m));
         }
     }
 }
 
-/// The table of every class's two rows on lane type L.
+/// The table of every class's kernels on lane type L.
 template <class L, class... Orb>
-constexpr WideGridRowTable RowTable(OrbitalList<Orb...>) {
-    WideGridRowTable table{};
+constexpr WideTable KernelTable(OrbitalList<Orb...>) {
+    WideTable table{};
     ((table.rows[Orb::CatalogueRow()][0] = &GridRow<L, Orb, ViewMode::PDF>,
-      table.rows[Orb::CatalogueRow()][1] = &GridRow<L, Orb, ViewMode::DRPDF>),
+      table.rows[Orb::CatalogueRow()][1] = &GridRow<L, Orb, ViewMode::DRPDF>,
+      table.values[Orb::CatalogueRow()][0] = &Batch<L, Orb, ViewMode::PDF, double>,
+      table.values[Orb::CatalogueRow()][1] = &Batch<L, Orb, ViewMode::DRPDF, double>,
+      table.bytes[Orb::CatalogueRow()][0] = &Batch<L, Orb, ViewMode::PDF, uint8_t>,
+      table.bytes[Orb::CatalogueRow()][1] = &Batch<L, Orb, ViewMode::DRPDF, uint8_t>),
      ...);
     return table;
 }

@@ -1,5 +1,5 @@
-// The catalogue's grid rows 4 lanes wide. This file alone is compiled for AVX2 (see
-// CMakeLists.txt); its table is read only when the processor has it (electron/wide_rows.cpp).
+// The catalogue's grid rows and batches 4 lanes wide. This file alone is compiled for AVX2 (see
+// CMakeLists.txt); its kernels are called only when the processor has it (electron/wide_rows.cpp).
 #if defined(__x86_64__)
 #include <immintrin.h>
 
@@ -22,6 +22,9 @@ struct Avx2Lanes {
     static D Neg(D a) { return _mm256_xor_pd(a, Set(-0.0)); }
     static D Sqrt(D a) { return _mm256_sqrt_pd(a); }
     static D Load(const double* p) { return _mm256_loadu_pd(p); }
+    static D LoadStride3(const double* p) {
+        return _mm256_i64gather_pd(p, _mm256_setr_epi64x(0, 3, 6, 9), 8);
+    }
     static void Store(double* p, D a) { _mm256_storeu_pd(p, a); }
     static I Bits(D a) { return _mm256_castpd_si256(a); }
     static D FromBits(I a) { return _mm256_castsi256_pd(a); }
@@ -34,7 +37,8 @@ struct Avx2Lanes {
     }
     static D Abs(D a) { return _mm256_and_pd(a, FromBits(_mm256_set1_epi64x(INT64_MAX))); }
     static uint32_t Within(D a, double limit) {
-        return static_cast<uint32_t>(_mm256_movemask_pd(_mm256_cmp_pd(Abs(a), Set(limit), _CMP_LE_OQ)));
+        return static_cast<uint32_t>(
+            _mm256_movemask_pd(_mm256_cmp_pd(Abs(a), Set(limit), _CMP_LE_OQ)));
     }
     static uint32_t Finite(D a, D b) {
         const D max = Set(density::kMaxFinite);
@@ -56,11 +60,11 @@ struct Avx2Lanes {
     }
 };
 
-constexpr WideGridRowTable kTable = wide::RowTable<Avx2Lanes>(CatalogueOrbitals{});
+constexpr WideTable kTable = wide::KernelTable<Avx2Lanes>(CatalogueOrbitals{});
 
 }  // namespace
 
-const WideGridRowTable detail::kWideGridRowsAvx2 = kTable;
+const WideTable detail::kWideAvx2 = kTable;
 
 }  // namespace veltara
 #endif

@@ -1,5 +1,5 @@
-// The catalogue's grid rows 8 lanes wide. This file alone is compiled for AVX-512F (see
-// CMakeLists.txt); its table is read only when the processor has it (electron/wide_rows.cpp).
+// The catalogue's grid rows and batches 8 lanes wide. This file alone is compiled for AVX-512F (see
+// CMakeLists.txt); its kernels are called only when the processor has it (electron/wide_rows.cpp).
 #if defined(__x86_64__)
 #include <immintrin.h>
 
@@ -22,6 +22,9 @@ struct Avx512Lanes {
     static D Neg(D a) { return _mm512_castsi512_pd(_mm512_xor_si512(Bits(a), Bits(Set(-0.0)))); }
     static D Sqrt(D a) { return _mm512_sqrt_pd(a); }
     static D Load(const double* p) { return _mm512_loadu_pd(p); }
+    static D LoadStride3(const double* p) {
+        return _mm512_i64gather_pd(_mm512_setr_epi64(0, 3, 6, 9, 12, 15, 18, 21), p, 8);
+    }
     static void Store(double* p, D a) { _mm512_storeu_pd(p, a); }
     static I Bits(D a) { return _mm512_castpd_si512(a); }
     static D FromBits(I a) { return _mm512_castsi512_pd(a); }
@@ -51,11 +54,11 @@ struct Avx512Lanes {
     }
 };
 
-constexpr WideGridRowTable kTable = wide::RowTable<Avx512Lanes>(CatalogueOrbitals{});
+constexpr WideTable kTable = wide::KernelTable<Avx512Lanes>(CatalogueOrbitals{});
 
 }  // namespace
 
-const WideGridRowTable detail::kWideGridRowsAvx512 = kTable;
+const WideTable detail::kWideAvx512 = kTable;
 
 }  // namespace veltara
 #endif
