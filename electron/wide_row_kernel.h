@@ -8,7 +8,8 @@
 // a point that is faulty or gives no byte is handed back to the caller (baseline code).
 //
 // L supplies the operations of the exponential's common sequence (support/exact_math_table.h)
-// and: kLanes; Load (unaligned), LoadStride3 (every third double) and Store; Sqrt; Neg; Within(a,
+// and: kLanes; Load (unaligned), LoadRecords (the coordinates of kLanes records of three
+// doubles) and Store; Sqrt; Neg; Within(a,
 // limit), the lanes with |a| <= limit as bits; Finite(a, b), the lanes with |a| <= max and |b| <=
 // max; and ToBytes(a, out), which writes the lanes rounded as std::nearbyint does (when they fit)
 // and returns the lanes that give no byte 0..255.
@@ -101,14 +102,19 @@ template <class L, class Orb, ViewMode V>
     }
 }
 
-/// The lanes of `bad` among the first m marked in redo from bit i on (kLanes divides 64, so no
-/// step crosses a word).
+/// How many of the m lanes of the step at i to write, given the lanes `bad` that failed: all,
+/// or those before the first failure; then redo marks every point from that one to the end (n)
+/// and the kernel stops, so that the per-point path writes the points in order and raises at
+/// the failing one with nothing after it written.
 template <class L>
-inline void MarkRedo(uint32_t bad, int32_t m, int32_t i, uint64_t* redo) {
+inline int32_t Keep(uint32_t bad, int32_t m, int32_t i, int32_t n, uint64_t* redo) {
     bad &= (1u << m) - 1;
-    if (bad != 0) [[unlikely]] {
-        redo[i / 64] |= uint64_t{bad} << (i % 64);
+    if (bad == 0) [[likely]] {
+        return m;
     }
+    const int32_t first = __builtin_ctz(bad);
+    for (int32_t k = i + first; k < n; ++k) redo[k / 64] |= uint64_t{1} << (k % 64);
+    return first;
 }
 
 /// The grid row of Orb's view V, as OrbitalScheme<Orb, W>::GridRow computes it, kLanes points a
@@ -136,8 +142,10 @@ void GridRow(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y, int
         N r2;
         const N v = Value<L, Orb, V>(x, Y, Z, r2);
         alignas(16) uint8_t bytes[kLanes];
-        MarkRedo<L>(~L::Finite(v.v, r2.v) | L::ToBytes((v * scale).v, bytes), m, i, redo);
-        std::memcpy(out + i, bytes, static_cast<size_t>(m));
+        const uint32_t bad = ~L::Finite(v.v, r2.v) | L::ToBytes((v * scale).v, bytes);
+        const int32_t keep = Keep<L>(bad, m, i, n, redo);
+        std::memcpy(out + i, bytes, static_cast<size_t>(keep));
+        if (keep < m) return;
     }
 }
 
@@ -158,20 +166,23 @@ void Batch(const COORDdoubleParams* p, size_t count, double factor, Out* out, ui
             for (int32_t j = 0; j < m; ++j) tail[j] = q[j];
             q = tail;
         }
-        N r2;
-        const N v = Value<L, Orb, V>(N{L::LoadStride3(&q->Xs)}, N{L::LoadStride3(&q->Ys)},
-                                     N{L::LoadStride3(&q->Zs)}, r2);
+        N x, y, z, r2;
+        L::LoadRecords(&q->Xs, x.v, y.v, z.v);
+        const N v = Value<L, Orb, V>(x, y, z, r2);
         if constexpr (std::is_same_v<Out, uint8_t>) {
             alignas(16) uint8_t bytes[kLanes];
-            MarkRedo<L>(~L::Finite(v.v, r2.v) | L::ToBytes((v * factor).v, bytes), m, i, redo);
-            std::memcpy(out + i, bytes, static_cast<size_t>(m));
+            const uint32_t bad = ~L::Finite(v.v, r2.v) | L::ToBytes((v * factor).v, bytes);
+            const int32_t keep = Keep<L>(bad, m, i, n, redo);
+            std::memcpy(out + i, bytes, static_cast<size_t>(keep));
+            if (keep < m) return;
         } else {
             // A finite product needs a finite value: the check of the per-point path.
             const N scaled = v * factor;
             alignas(64) double values[kLanes];
             L::Store(values, scaled.v);
-            MarkRedo<L>(~L::Finite(scaled.v, r2.v), m, i, redo);
-            std::memcpy(out + i, values, sizeof(double) * static_cast<size_t>(m));
+            const int32_t keep = Keep<L>(~L::Finite(scaled.v, r2.v), m, i, n, redo);
+            std::memcpy(out + i, values, sizeof(double) * static_cast<size_t>(keep));
+            if (keep < m) return;
         }
     }
 }

@@ -1,10 +1,11 @@
 // The catalogue's orbitals evaluated 8 (AVX-512) or 4 (AVX2) lanes wide, in files compiled for
 // those instruction sets alone and reached only through the tables below.
 //
-// A wide kernel leaves to its caller (baseline code, the per-point path) every point whose value
-// or r² is not finite or whose result gives no byte: it sets the point's bit in redo[0..2)
-// (which it clears first) and writes whatever it likes there. The wide files thus call no shared
-// per-point code, whose copy the linker might otherwise take from them.
+// A wide kernel stops at the first point whose value or r² is not finite or whose result gives
+// no byte: it writes the points before it and marks that point and every one after it in
+// redo[0..2) (which it clears first), for its caller (baseline code) to evaluate point by point,
+// which raises the error of the failing point with nothing after it written. The wide files thus
+// call no shared per-point code, whose copy the linker might otherwise take from them.
 #pragma once
 
 #include <cstddef>

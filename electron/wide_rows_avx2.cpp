@@ -22,8 +22,15 @@ struct Avx2Lanes {
     static D Neg(D a) { return _mm256_xor_pd(a, Set(-0.0)); }
     static D Sqrt(D a) { return _mm256_sqrt_pd(a); }
     static D Load(const double* p) { return _mm256_loadu_pd(p); }
-    static D LoadStride3(const double* p) {
-        return _mm256_i64gather_pd(p, _mm256_setr_epi64x(0, 3, 6, 9), 8);
+    /// The x, y and z of four records of three doubles: three loads, each coordinate's lanes
+    /// blended into place out of order, then put in order.
+    static void LoadRecords(const double* p, D& x, D& y, D& z) {
+        const D a = _mm256_loadu_pd(p), b = _mm256_loadu_pd(p + 4), c = _mm256_loadu_pd(p + 8);
+        // x: a0 c1 b2 a3 -> a0 a3 b2 c1; y: b0 a1 c2 b3 -> a1 b0 b3 c2; z: c0 b1 a2 c3 -> a2 b1 c0
+        // c3
+        x = _mm256_permute4x64_pd(_mm256_blend_pd(_mm256_blend_pd(a, b, 4), c, 2), 0x6c);
+        y = _mm256_permute4x64_pd(_mm256_blend_pd(_mm256_blend_pd(b, a, 2), c, 4), 0xb1);
+        z = _mm256_permute4x64_pd(_mm256_blend_pd(_mm256_blend_pd(c, b, 2), a, 4), 0xc6);
     }
     static void Store(double* p, D a) { _mm256_storeu_pd(p, a); }
     static I Bits(D a) { return _mm256_castpd_si256(a); }

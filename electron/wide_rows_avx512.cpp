@@ -22,8 +22,19 @@ struct Avx512Lanes {
     static D Neg(D a) { return _mm512_castsi512_pd(_mm512_xor_si512(Bits(a), Bits(Set(-0.0)))); }
     static D Sqrt(D a) { return _mm512_sqrt_pd(a); }
     static D Load(const double* p) { return _mm512_loadu_pd(p); }
-    static D LoadStride3(const double* p) {
-        return _mm512_i64gather_pd(_mm512_setr_epi64(0, 3, 6, 9, 12, 15, 18, 21), p, 8);
+    /// The x, y and z of eight records of three doubles: three loads, each coordinate put
+    /// together by two permutations (the first five from p[0..16), the last from p[16..24)).
+    static void LoadRecords(const double* p, D& x, D& y, D& z) {
+        const D a = _mm512_loadu_pd(p), b = _mm512_loadu_pd(p + 8), c = _mm512_loadu_pd(p + 16);
+        const auto pick = [&](I first, I last) {
+            return _mm512_permutex2var_pd(_mm512_permutex2var_pd(a, first, b), last, c);
+        };
+        x = pick(_mm512_setr_epi64(0, 3, 6, 9, 12, 15, 0, 0),
+                 _mm512_setr_epi64(0, 1, 2, 3, 4, 5, 10, 13));
+        y = pick(_mm512_setr_epi64(1, 4, 7, 10, 13, 0, 0, 0),
+                 _mm512_setr_epi64(0, 1, 2, 3, 4, 8, 11, 14));
+        z = pick(_mm512_setr_epi64(2, 5, 8, 11, 14, 0, 0, 0),
+                 _mm512_setr_epi64(0, 1, 2, 3, 4, 9, 12, 15));
     }
     static void Store(double* p, D a) { _mm512_storeu_pd(p, a); }
     static I Bits(D a) { return _mm512_castpd_si512(a); }
