@@ -6,6 +6,7 @@
 
 #include "electron/catalogue.h"
 #include "electron/modOrbitals.h"
+#include "electron/wide_rows.h"
 #include "support/error.h"
 
 namespace veltara {
@@ -23,6 +24,24 @@ void RealDensityBatch(int16_t orbital, ViewMode view, const Coordinates& points,
                       double* out) {
     if (!IsCatalogueIndex(orbital)) Raise(kErrObjectNotSet);
     cElectron& electron = CatalogueElectron(orbital);
+    const WideTable* wide = WideKernels();
+    if (wide != nullptr && points.xStride == 1 && points.yStride == 1 && points.zStride == 1) {
+        // Three columns: the wide kernel reads them as they lie and squares them itself; the
+        // points it leaves go one by one through the electron's per-point form.
+        const WideReal run = wide->real[static_cast<size_t>(orbital)][view == ViewMode::DRPDF];
+        for (size_t start = 0; start < count; start += kWideRun) {
+            const size_t n = count - start < kWideRun ? count - start : kWideRun;
+            uint64_t redo[2];
+            run(points.x + start, points.y + start, points.z + start, n, out + start, redo);
+            ForEachRedo(redo, [&](size_t i) {
+                COORDdoubleParams square;
+                points.Squares(start + i, 1, &square);
+                out[start + i] = view == ViewMode::DRPDF ? electron.GetRealDRPDF(square)
+                                                         : electron.GetRealPDF(square);
+            });
+        }
+        return;
+    }
     COORDdoubleParams squares[kCoordinateRun];
     for (size_t start = 0; start < count; start += kCoordinateRun) {
         const size_t n = count - start < kCoordinateRun ? count - start : kCoordinateRun;

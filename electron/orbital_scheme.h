@@ -61,6 +61,10 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
     }
     static constexpr double MinusK() { return Orb::kMinusK; }
     static constexpr RadialWeight kWeight = W;
+    /// The factor that turns view v's unscaled value into its real value.
+    static constexpr double RealFactor(ViewMode v) {
+        return v == ViewMode::DRPDF ? RealDRFactor() : Orb::kN;
+    }
 
     uint8_t GetPDF(const COORDdoubleParams& COORDS) final {
         return Byte<ViewMode::PDF>(COORDS, mPDFScaleFactor);
@@ -205,16 +209,6 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
         return table;
     }
     static constexpr size_t ViewIndex(ViewMode v) { return v == ViewMode::DRPDF ? 1 : 0; }
-    /// Calls again(i) for each point i marked in redo, in order: the per-point path writes the
-    /// points a wide kernel left, or raises the error of the first faulty one.
-    template <class Again>
-    static void Redo(const uint64_t* redo, Again again) {
-        for (size_t w = 0; w < 2; ++w) {
-            for (uint64_t bits = redo[w]; bits != 0; bits &= bits - 1) {
-                again(w * 64 + static_cast<size_t>(__builtin_ctzll(bits)));
-            }
-        }
-    }
 
     /// The distances and exponentials of points[0..count), count <= kRun; of an odd count the
     /// last point is left out (the runs below do it apart, as a pair of itself).
@@ -258,7 +252,8 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
                 double* o = out + start;
                 uint64_t redo[2];
                 wide->values[Orb::kRow][ViewIndex(V)](p, n, factor, o, redo);
-                Redo(redo, [&](size_t i) { o[i] = CheckFinite(Unscaled<V>(p[i]) * factor); });
+                ForEachRedo(redo,
+                            [&](size_t i) { o[i] = CheckFinite(Unscaled<V>(p[i]) * factor); });
             }
             return;
         }
@@ -312,7 +307,7 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
             // The wide row leaves its faulty and out-of-range points to the per-point path here.
             uint64_t redo[2];
             wide->rows[Orb::kRow][ViewIndex(V)](grid, xFirst, xLast, y, z, out, scale, redo);
-            Redo(redo, [&](size_t i) { out[i] = Byte<V>({X[i], Y, Z}, scale); });
+            ForEachRedo(redo, [&](size_t i) { out[i] = Byte<V>({X[i], Y, Z}, scale); });
             return;
         }
         alignas(64) double rho2[kRun + 1], r2[kRun + 1], r[kRun + 1], e[kRun + 1];
@@ -357,7 +352,7 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
                 uint8_t* o = out + start;
                 uint64_t redo[2];
                 wide->bytes[Orb::kRow][ViewIndex(V)](p, n, scale, o, redo);
-                Redo(redo, [&](size_t i) { o[i] = Byte<V>(p[i], scale); });
+                ForEachRedo(redo, [&](size_t i) { o[i] = Byte<V>(p[i], scale); });
             }
             return;
         }

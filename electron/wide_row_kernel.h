@@ -144,47 +144,91 @@ void GridRow(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y, int
         alignas(16) uint8_t bytes[kLanes];
         const uint32_t bad = ~L::Finite(v.v, r2.v) | L::ToBytes((v * scale).v, bytes);
         const int32_t keep = Keep<L>(bad, m, i, n, redo);
-        std::memcpy(out + i, bytes, static_cast<size_t>(keep));
-        if (keep < m) return;
+        if (keep == kLanes) [[likely]] {
+            std::memcpy(out + i, bytes, kLanes);  // a constant size: one store
+        } else {
+            std::memcpy(out + i, bytes, static_cast<size_t>(keep));
+            if (keep < m) return;
+        }
     }
 }
 
-/// The points p[0..count) as the batch path computes them, kLanes a step (see WideBatch):
-/// out gets value x factor as a double, or its byte.
-template <class L, class Orb, ViewMode V, class Out>
-void Batch(const COORDdoubleParams* p, size_t count, double factor, Out* out, uint64_t* redo) {
+/// The values or bytes of count <= 128 points, kLanes a step: load(i, m, x, y, z) gives the
+/// squares of points i..i+m (m < kLanes: the spare lanes at the origin); out gets the value
+/// times factor as a double, or its byte.
+template <class L, class Orb, ViewMode V, class Out, class Load>
+[[gnu::always_inline]] inline void Points(Load load, size_t count, double factor, Out* out,
+                                          uint64_t* redo) {
     using N = Num<L>;
     constexpr int32_t kLanes = L::kLanes;
     const auto n = static_cast<int32_t>(count);
     redo[0] = redo[1] = 0;
     for (int32_t i = 0; i < n; i += kLanes) {
         const int32_t m = n - i < kLanes ? n - i : kLanes;
-        const COORDdoubleParams* q = p + i;
-        COORDdoubleParams tail[kLanes] = {};
-        if (m < kLanes) {
-            // The last few, the spare lanes at the origin.
-            for (int32_t j = 0; j < m; ++j) tail[j] = q[j];
-            q = tail;
-        }
         N x, y, z, r2;
-        L::LoadRecords(&q->Xs, x.v, y.v, z.v);
+        load(i, m, x.v, y.v, z.v);
         const N v = Value<L, Orb, V>(x, y, z, r2);
         if constexpr (std::is_same_v<Out, uint8_t>) {
             alignas(16) uint8_t bytes[kLanes];
             const uint32_t bad = ~L::Finite(v.v, r2.v) | L::ToBytes((v * factor).v, bytes);
             const int32_t keep = Keep<L>(bad, m, i, n, redo);
-            std::memcpy(out + i, bytes, static_cast<size_t>(keep));
-            if (keep < m) return;
+            if (keep == kLanes) [[likely]] {
+                std::memcpy(out + i, bytes, kLanes);  // a constant size: one store
+            } else {
+                std::memcpy(out + i, bytes, static_cast<size_t>(keep));
+                if (keep < m) return;
+            }
         } else {
             // A finite product needs a finite value: the check of the per-point path.
             const N scaled = v * factor;
-            alignas(64) double values[kLanes];
-            L::Store(values, scaled.v);
             const int32_t keep = Keep<L>(~L::Finite(scaled.v, r2.v), m, i, n, redo);
-            std::memcpy(out + i, values, sizeof(double) * static_cast<size_t>(keep));
-            if (keep < m) return;
+            if (keep == kLanes) [[likely]] {
+                L::Store(out + i, scaled.v);
+            } else {
+                alignas(64) double values[kLanes];
+                L::Store(values, scaled.v);
+                std::memcpy(out + i, values, sizeof(double) * static_cast<size_t>(keep));
+                if (keep < m) return;
+            }
         }
     }
+}
+
+/// The points p[0..count) as the batch path computes them (see WideValues, WideBytes).
+template <class L, class Orb, ViewMode V, class Out>
+void Batch(const COORDdoubleParams* p, size_t count, double factor, Out* out, uint64_t* redo) {
+    using D = typename L::D;
+    const auto load = [p](int32_t i, int32_t m, D& x, D& y, D& z) {
+        if (m == L::kLanes) [[likely]] {
+            L::LoadRecords(&p[i].Xs, x, y, z);
+        } else {
+            COORDdoubleParams tail[L::kLanes] = {};
+            for (int32_t j = 0; j < m; ++j) tail[j] = p[i + j];
+            L::LoadRecords(&tail[0].Xs, x, y, z);
+        }
+    };
+    Points<L, Orb, V>(load, count, factor, out, redo);
+}
+
+/// The real values of the points (x[i], y[i], z[i]), i < count <= 128 (see WideReal).
+template <class L, class Orb, ViewMode V>
+void Real(const double* x, const double* y, const double* z, size_t count, double* out,
+          uint64_t* redo) {
+    using D = typename L::D;
+    const auto load = [x, y, z](int32_t i, int32_t m, D& X, D& Y, D& Z) {
+        D a, b, c;
+        if (m == L::kLanes) [[likely]] {
+            a = L::Load(x + i), b = L::Load(y + i), c = L::Load(z + i);
+        } else {
+            alignas(64) double t[3][L::kLanes] = {};
+            for (int32_t j = 0; j < m; ++j)
+                t[0][j] = x[i + j], t[1][j] = y[i + j], t[2][j] = z[i + j];
+            a = L::Load(t[0]), b = L::Load(t[1]), c = L::Load(t[2]);
+        }
+        // The squares as Coordinates::Squares forms them.
+        X = L::Mul(a, a), Y = L::Mul(b, b), Z = L::Mul(c, c);
+    };
+    Points<L, Orb, V>(load, count, Orb::RealFactor(V), out, redo);
 }
 
 /// The table of every class's kernels on lane type L.
@@ -196,7 +240,9 @@ constexpr WideTable KernelTable(OrbitalList<Orb...>) {
       table.values[Orb::CatalogueRow()][0] = &Batch<L, Orb, ViewMode::PDF, double>,
       table.values[Orb::CatalogueRow()][1] = &Batch<L, Orb, ViewMode::DRPDF, double>,
       table.bytes[Orb::CatalogueRow()][0] = &Batch<L, Orb, ViewMode::PDF, uint8_t>,
-      table.bytes[Orb::CatalogueRow()][1] = &Batch<L, Orb, ViewMode::DRPDF, uint8_t>),
+      table.bytes[Orb::CatalogueRow()][1] = &Batch<L, Orb, ViewMode::DRPDF, uint8_t>,
+      table.real[Orb::CatalogueRow()][0] = &Real<L, Orb, ViewMode::PDF>,
+      table.real[Orb::CatalogueRow()][1] = &Real<L, Orb, ViewMode::DRPDF>),
      ...);
     return table;
 }
