@@ -53,8 +53,9 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
     static constexpr int16_t CatalogueRow() { return Orb::kRow; }
     OrbInfo GetInfo() final { return CatalogueInfo(Orb::kRow); }
 
-    /// The class's formula and the factor of its exponent, for the row kernels of the wider
-    /// vector paths (electron/wide_row_kernel.h), which evaluate them in their own number types.
+    /// The class's formula, the factor of its exponent, its weight and its real factors, for the
+    /// kernels of the wider vector paths (electron/wide_row_kernel.h), which evaluate them in
+    /// their own number types.
     template <class T>
     static T Formula(const T& e, const Terms<T>& t) {
         return Orb::Density(e, t);
@@ -200,6 +201,8 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
     // (exact::ExpArray gives Exp's doubles), then the formula two points a step. A pair with any
     // faulty or out-of-range lane is redone point by point, which raises at the first failing
     // point after the values before it are written.
+    // On the AVX2 and AVX-512 paths the wide kernels (electron/wide_rows.h) take the runs and
+    // the grid rows instead, four or eight points a step, with the same operations.
 
     static constexpr size_t kRun = 128;
 
