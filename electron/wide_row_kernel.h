@@ -84,14 +84,21 @@ template <class L>
 }
 
 /// The unscaled value of Orb's view V at kLanes points, as OrbitalScheme<Orb, W>::Evaluate and
-/// Finish compute it (the same operations in the same order); r2 receives r².
-template <class L, class Orb, ViewMode V>
+/// Finish compute it (the same operations in the same order); r2 receives r². InRange: every
+/// exponent is known to lie in the exponential's common range, whose test is then left out.
+template <class L, class Orb, ViewMode V, bool InRange = false>
 [[gnu::always_inline]] inline Num<L> Value(Num<L> x, Num<L> y, Num<L> z, Num<L>& r2) {
     using N = Num<L>;
     const N rho2 = y + x;
     r2 = rho2 + z;
     const N r{L::Sqrt(r2.v)};
-    const N e = Exp(Orb::MinusK() == -1.0 ? -r : r * Orb::MinusK());
+    const N exponent = Orb::MinusK() == -1.0 ? -r : r * Orb::MinusK();
+    N e;
+    if constexpr (InRange) {
+        e = N{exact::table::ExpMain<L>(exponent.v)};
+    } else {
+        e = Exp(exponent);
+    }
     const N f = Orb::template Formula<N>(e, Terms<N>{x, y, z, rho2, r2, r});
     if constexpr (V == ViewMode::PDF) {
         return f;
@@ -117,17 +124,13 @@ inline int32_t Keep(uint32_t bad, int32_t m, int32_t i, int32_t n, uint64_t* red
     return first;
 }
 
-/// The grid row of Orb's view V, as OrbitalScheme<Orb, W>::GridRow computes it, kLanes points a
-/// step (see WideGridRow).
-template <class L, class Orb, ViewMode V>
-void GridRow(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y, int32_t z,
-             uint8_t* out, double scale, uint64_t* redo) {
+/// The points of a grid row, kLanes a step; Plain: every r² of the row is finite and not
+/// negative and every exponent lies in the exponential's common range (see GridRow).
+template <class L, class Orb, ViewMode V, bool Plain>
+[[gnu::always_inline]] inline void RowPoints(const double* X, int32_t n, Num<L> Y, Num<L> Z,
+                                             uint8_t* out, double scale, uint64_t* redo) {
     using N = Num<L>;
     constexpr int32_t kLanes = L::kLanes;
-    const double* X = grid.squares + xFirst;
-    const int32_t n = xLast - xFirst + 1;
-    const N Y{L::Set(grid.squares[y])}, Z{L::Set(grid.squares[z])};
-    redo[0] = redo[1] = 0;
     for (int32_t i = 0; i < n; i += kLanes) {
         const int32_t m = n - i < kLanes ? n - i : kLanes;
         N x;
@@ -140,9 +143,12 @@ void GridRow(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y, int
             x = {L::Load(tail)};
         }
         N r2;
-        const N v = Value<L, Orb, V>(x, Y, Z, r2);
+        const N v = Value<L, Orb, V, Plain>(x, Y, Z, r2);
         alignas(16) uint8_t bytes[kLanes];
-        const uint32_t bad = ~L::Finite(v.v, r2.v) | L::ToBytes((v * scale).v, bytes);
+        // A value that is not finite gives no byte either, so with every r² finite the byte's
+        // test alone finds the points to redo.
+        uint32_t bad = L::ToBytes((v * scale).v, bytes);
+        if constexpr (!Plain) bad |= ~L::Finite(v.v, r2.v);
         const int32_t keep = Keep<L>(bad, m, i, n, redo);
         if (keep == kLanes) [[likely]] {
             std::memcpy(out + i, bytes, kLanes);  // a constant size: one store
@@ -150,6 +156,31 @@ void GridRow(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y, int
             std::memcpy(out + i, bytes, static_cast<size_t>(keep));
             if (keep < m) return;
         }
+    }
+}
+
+/// The grid row of Orb's view V, as OrbitalScheme<Orb, W>::GridRow computes it, kLanes points a
+/// step (see WideGridRow).
+template <class L, class Orb, ViewMode V>
+void GridRow(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y, int32_t z,
+             uint8_t* out, double scale, uint64_t* redo) {
+    using N = Num<L>;
+    const double* X = grid.squares + xFirst;
+    const int32_t n = xLast - xFirst + 1;
+    const double y2 = grid.squares[y], z2 = grid.squares[z];
+    redo[0] = redo[1] = 0;
+    // The squares grow along a row, and rounding keeps their order, so the row's first and last
+    // r² (the same doubles as their lanes') are its least and largest: when the first is not
+    // negative and the last's r times k stays well inside the exponential's common range, every
+    // point's does, and the tests of both drop out.
+    constexpr double kRMax =
+        0.99 * exact::table::kMainLimit / (Orb::MinusK() < 0 ? -Orb::MinusK() : Orb::MinusK());
+    const double first = (y2 + X[0]) + z2, last = (y2 + X[n - 1]) + z2;
+    const N Y{L::Set(y2)}, Z{L::Set(z2)};
+    if (first >= 0 && last <= kRMax * kRMax) {
+        RowPoints<L, Orb, V, true>(X, n, Y, Z, out, scale, redo);
+    } else {
+        RowPoints<L, Orb, V, false>(X, n, Y, Z, out, scale, redo);
     }
 }
 
