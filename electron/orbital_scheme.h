@@ -18,6 +18,7 @@
 #include "electron/catalogue.h"
 #include "electron/density_arithmetic.h"
 #include "electron/grid_rows.h"
+#include "electron/wide_rows.h"
 #include "records/PublicTypes.h"
 #include "support/convert.h"
 
@@ -51,6 +52,20 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
     /// The catalogue row this class draws.
     static constexpr int16_t CatalogueRow() { return Orb::kRow; }
     OrbInfo GetInfo() final { return CatalogueInfo(Orb::kRow); }
+
+    /// The class's formula, the factor of its exponent, its weight and its real factors, for the
+    /// kernels of the wider vector paths (electron/wide_row_kernel.h), which evaluate them in
+    /// their own number types.
+    template <class T>
+    static T Formula(const T& e, const Terms<T>& t) {
+        return Orb::Density(e, t);
+    }
+    static constexpr double MinusK() { return Orb::kMinusK; }
+    static constexpr RadialWeight kWeight = W;
+    /// The factor that turns view v's unscaled value into its real value.
+    static constexpr double RealFactor(ViewMode v) {
+        return v == ViewMode::DRPDF ? RealDRFactor() : Orb::kN;
+    }
 
     uint8_t GetPDF(const COORDdoubleParams& COORDS) final {
         return Byte<ViewMode::PDF>(COORDS, mPDFScaleFactor);
@@ -186,8 +201,17 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
     // (exact::ExpArray gives Exp's doubles), then the formula two points a step. A pair with any
     // faulty or out-of-range lane is redone point by point, which raises at the first failing
     // point after the values before it are written.
+    // On the AVX2 and AVX-512 paths the wide kernels (electron/wide_rows.h) take the runs and
+    // the grid rows instead, four or eight points a step, with the same operations.
 
     static constexpr size_t kRun = 128;
+
+    /// The wide kernels of the process's vector path, or null (looked up once).
+    static const WideTable* Wide() {
+        static const WideTable* const table = WideKernels();
+        return table;
+    }
+    static constexpr size_t ViewIndex(ViewMode v) { return v == ViewMode::DRPDF ? 1 : 0; }
 
     /// The distances and exponentials of points[0..count), count <= kRun; of an odd count the
     /// last point is left out (the runs below do it apart, as a pair of itself).
@@ -224,6 +248,18 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
     template <ViewMode V>
     static void UnscaledRun(const COORDdoubleParams* points, double* out, size_t count,
                             double factor) {
+        if (const WideTable* wide = Wide()) {
+            for (size_t start = 0; start < count; start += kRun) {
+                const size_t n = count - start < kRun ? count - start : kRun;
+                const COORDdoubleParams* p = points + start;
+                double* o = out + start;
+                uint64_t redo[2];
+                wide->values[Orb::kRow][ViewIndex(V)](p, n, factor, o, redo);
+                ForEachRedo(redo,
+                            [&](size_t i) { o[i] = CheckFinite(Unscaled<V>(p[i]) * factor); });
+            }
+            return;
+        }
         Run run;
         for (size_t start = 0; start < count; start += kRun) {
             const size_t n = count - start < kRun ? count - start : kRun;
@@ -270,6 +306,13 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
         const double* X = grid.squares + xFirst;
         const double Y = grid.squares[y], Z = grid.squares[z];
         const size_t n = static_cast<size_t>(xLast - xFirst + 1);
+        if (const WideTable* wide = Wide()) {
+            // The wide row leaves its faulty and out-of-range points to the per-point path here.
+            uint64_t redo[2];
+            wide->rows[Orb::kRow][ViewIndex(V)](grid, xFirst, xLast, y, z, out, scale, redo);
+            ForEachRedo(redo, [&](size_t i) { out[i] = Byte<V>({X[i], Y, Z}, scale); });
+            return;
+        }
         alignas(64) double rho2[kRun + 1], r2[kRun + 1], r[kRun + 1], e[kRun + 1];
         for (size_t i = 0; i < n; i += 2) {
             const size_t k = i + 1 < n ? i + 1 : i;
@@ -305,6 +348,17 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
 
     template <ViewMode V>
     static void ByteRun(const COORDdoubleParams* points, uint8_t* out, size_t count, double scale) {
+        if (const WideTable* wide = Wide()) {
+            for (size_t start = 0; start < count; start += kRun) {
+                const size_t n = count - start < kRun ? count - start : kRun;
+                const COORDdoubleParams* p = points + start;
+                uint8_t* o = out + start;
+                uint64_t redo[2];
+                wide->bytes[Orb::kRow][ViewIndex(V)](p, n, scale, o, redo);
+                ForEachRedo(redo, [&](size_t i) { o[i] = Byte<V>(p[i], scale); });
+            }
+            return;
+        }
         Run run;
         for (size_t start = 0; start < count; start += kRun) {
             const size_t n = count - start < kRun ? count - start : kRun;

@@ -159,13 +159,11 @@ void WavefunctionBatch(int16_t orbital, const Coordinates& points, size_t count,
     CheckSingle(orbital);
     cElectron& electron = CatalogueElectron(orbital);
     const SignRunFunction signs = kSignRuns[static_cast<size_t>(orbital)];
-    COORDdoubleParams squares[kCoordinateRun];
     for (size_t start = 0; start < count; start += kCoordinateRun) {
         const size_t n = count - start < kCoordinateRun ? count - start : kCoordinateRun;
         double* o = out + start;
-        points.Squares(start, n, squares);
         try {
-            electron.RealBatch(ViewMode::PDF, squares, o, n);
+            RealDensityRun(electron, orbital, ViewMode::PDF, points, start, n, o);
         } catch (...) {
             // A failing point: the run again point by point, which writes the values before
             // it and raises its error.

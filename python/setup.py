@@ -44,12 +44,14 @@ class BuildWithEngine(build_ext):
         generated = os.path.join(self.build_temp, "generated")
         _version_header(generated)
         ext.include_dirs = list(ext.include_dirs) + [ROOT, generated]
-        # The wide forms of the exact exponential and of the dot fill's draw test are compiled for
-        # their instruction sets alone (as CMakeLists.txt does) and called only on processors
-        # that have them.
+        # The wide forms of the exact exponential, of the orbitals' kernels and of the dot fill's
+        # draw test are compiled for their instruction sets alone (as CMakeLists.txt does) and
+        # called only on processors that have them.
         wide = {os.path.join(ROOT, *path): flag for path, flag in (
             (("support", "exact_math_avx2.cpp"), "-mavx2"),
             (("support", "exact_math_avx512.cpp"), "-mavx512f"),
+            (("electron", "wide_rows_avx2.cpp"), "-mavx2"),
+            (("electron", "wide_rows_avx512.cpp"), "-mavx512f"),
             (("render", "dot_draws_avx512.cpp"), "-mavx512f"))}
         if platform.machine().lower() in ("x86_64", "amd64"):
             for source, flag in wide.items():

@@ -23,11 +23,15 @@ constexpr size_t kCount = 40001;  // odd, and long enough to be shared among thr
 /// x as a column, y every other double of a longer array, z read backwards.
 struct Points {
     std::vector<double> x, y, z;
-    double X(size_t i) const { return x[i]; }
-    double Y(size_t i) const { return y[2 * i]; }
-    double Z(size_t i) const { return z[z.size() - 1 - i]; }
     vt_points View() const { return {x.data(), y.data(), &z.back(), 1, 2, -1}; }
+    /// Three plain columns (y read whole, its odd places 0): the wide kernels' own layout.
+    vt_points Columns() const { return {x.data(), z.data(), y.data(), 1, 1, 1}; }
 };
+
+/// Coordinate i of a layout, read through its pointer and stride.
+double At(const double* p, ptrdiff_t stride, size_t i) {
+    return p[static_cast<ptrdiff_t>(i) * stride];
+}
 
 Points RandomPoints() {
     std::mt19937_64 random(11);
@@ -51,14 +55,13 @@ TEST(PointArrays, EveryLayoutAndSharingGivesThePerPointDoubles) {
     std::vector<double> expected(kCount), got(kCount);
     for (int16_t orbital = 0; orbital < kCatalogueSize; ++orbital) {
         const auto electron = modOrbitals::CreateElectron(orbital);
-        for (const vt_points& points : {wide, flat}) {
-            const auto Z = [&](size_t i) {
-                return points.z_stride == 0 ? broadcast : kPoints.Z(i);
-            };
+        for (const vt_points& points : {wide, flat, kPoints.Columns()}) {
+            const auto X = [&](size_t i) { return At(points.x, points.x_stride, i); };
+            const auto Y = [&](size_t i) { return At(points.y, points.y_stride, i); };
+            const auto Z = [&](size_t i) { return At(points.z, points.z_stride, i); };
             for (int32_t view : {VT_PDF, VT_DRPDF}) {
                 for (size_t i = 0; i < kCount; ++i) {
-                    const COORDdoubleParams c{kPoints.X(i) * kPoints.X(i),
-                                              kPoints.Y(i) * kPoints.Y(i), Z(i) * Z(i)};
+                    const COORDdoubleParams c{X(i) * X(i), Y(i) * Y(i), Z(i) * Z(i)};
                     expected[i] =
                         view == VT_PDF ? electron->GetRealPDF(c) : electron->GetRealDRPDF(c);
                 }
@@ -71,7 +74,7 @@ TEST(PointArrays, EveryLayoutAndSharingGivesThePerPointDoubles) {
             }
             if (orbital >= kCatalogueSingleCount) continue;
             for (size_t i = 0; i < kCount; ++i)
-                expected[i] = Wavefunction(orbital, kPoints.X(i), kPoints.Y(i), Z(i));
+                expected[i] = Wavefunction(orbital, X(i), Y(i), Z(i));
             for (int32_t threads : {1, 2}) {
                 ASSERT_EQ(vt_wavefunction_at(orbital, &points, kCount, threads, got.data()), 0);
                 EXPECT_EQ(std::memcmp(got.data(), expected.data(), kCount * sizeof(double)), 0)
@@ -96,17 +99,26 @@ TEST(PointArrays, AFailingPointGivesTheErrorOfASinglePass) {
         Points p = kPoints;
         p.x[early] = c.early;
         p.x[late] = c.late;
-        const vt_points points = p.View();
-        for (int32_t threads : {1, 2}) {
-            std::vector<double> density(kCount, -1.0), psi(kCount, -1.0);
-            EXPECT_EQ(vt_real_density_at(9, VT_PDF, &points, kCount, threads, density.data()),
-                      c.error);
-            EXPECT_EQ(vt_wavefunction_at(9, &points, kCount, threads, psi.data()), c.error);
-            for (size_t i = 0; i < early; ++i) {
-                ASSERT_EQ(psi[i], Wavefunction(9, p.X(i), p.Y(i), p.Z(i))) << i;
-                ASSERT_EQ(density[i],
-                          electron->GetRealPDF({p.X(i) * p.X(i), p.Y(i) * p.Y(i), p.Z(i) * p.Z(i)}))
-                    << i;
+        for (const vt_points& points : {p.View(), p.Columns()}) {
+            const auto X = [&](size_t i) { return At(points.x, points.x_stride, i); };
+            const auto Y = [&](size_t i) { return At(points.y, points.y_stride, i); };
+            const auto Z = [&](size_t i) { return At(points.z, points.z_stride, i); };
+            for (int32_t threads : {1, 2}) {
+                std::vector<double> density(kCount, -1.0), psi(kCount, -1.0);
+                EXPECT_EQ(vt_real_density_at(9, VT_PDF, &points, kCount, threads, density.data()),
+                          c.error);
+                EXPECT_EQ(vt_wavefunction_at(9, &points, kCount, threads, psi.data()), c.error);
+                for (size_t i = 0; i < early; ++i) {
+                    ASSERT_EQ(psi[i], Wavefunction(9, X(i), Y(i), Z(i))) << i;
+                    ASSERT_EQ(density[i],
+                              electron->GetRealPDF({X(i) * X(i), Y(i) * Y(i), Z(i) * Z(i)}))
+                        << i;
+                }
+                // Nothing after the failing point is written (one thread: the later part is
+                // nobody else's).
+                if (threads == 1) {
+                    EXPECT_EQ(density[early + 1], -1.0);
+                }
             }
         }
     }
