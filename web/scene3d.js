@@ -170,7 +170,8 @@ export class Scene3D {
 
   /** Compiles and links the shaders of dots, surface and axes by drawing a panel of one dot and
    *  one triangle (cleared in the same task, so never seen) while the page waits for its
-   *  engine, so the first picture need not wait for them. */
+   *  engine, so the first picture need not wait for them. Its materials are kept: three.js
+   *  deletes a compiled program when the last material using it is disposed. */
   warmUp() {
     const one = { xyz: new Float32Array(3), phase: new Float32Array(1), real: true,
       mesh: { xyz: new Float32Array([0, 0, 0, 1, 0, 0, 0, 1, 0]), triangles: new Uint32Array([0, 1, 2]),
@@ -178,7 +179,9 @@ export class Scene3D {
     const { scene } = this.panel(one);
     this.renderer.render(scene, this.camera);
     this.renderer.clear();
-    scene.traverse((o) => { o.geometry?.dispose(); o.material?.dispose(); });
+    scene.traverse((o) => { o.geometry?.dispose(); });
+    this.warmMaterials = [];
+    scene.traverse((o) => { if (o.material) this.warmMaterials.push(o.material); });
   }
 
   /** Lays the surface of `s` over panel i's dots (replacing any), keeping them and the view. */

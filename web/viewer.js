@@ -80,6 +80,7 @@ const state = {
   timings: { firstPicture: null, shows: [], dots: [], surfaces: [] },
 };
 let scene;
+let early = null; // {key, dots}: the dots of the state being read, asked for ahead of its reading
 
 const kind = () => document.querySelector('input[name=kind]:checked').value;
 const settings = () => ({ count: Number($('dotCount').value), surface: $('showSurface').checked,
@@ -94,6 +95,13 @@ const reach = (info) => info.radius999 || Math.max(3, 2.6 * info.meanRadius);
 /** Reads `text` through the engine and shows it; a refusal is said beside the picker. */
 async function choose(text, { keepTime = false } = {}) {
   state.chosenAt = performance.now(); // timings run from here: the learner's wait
+  if (kind() === '3d') {
+    // The 3-D view's dots are asked for at once, so the worker samples straight after reading
+    // the state; a refused state refuses them too, and that refusal is said once, below.
+    const args = [text.trim(), keepTime ? state.t : 0, state.seed, settings().count, settings().weight];
+    early = { key: JSON.stringify(args), dots: engine('sample', ...args) };
+    early.dots.catch(() => {});
+  }
   let info;
   try {
     info = await engine('describe', text);
@@ -146,7 +154,9 @@ async function refresh() {
 // makes the surface while the page draws the dots.
 function ask(text) {
   const s = settings();
-  const dots = engine('sample', text, state.t, state.seed, s.count, s.weight);
+  const args = [text, state.t, state.seed, s.count, s.weight];
+  const dots = early && early.key === JSON.stringify(args) ? early.dots : engine('sample', ...args);
+  early = null;
   const wanted = s.surface && state.statesKnown && s.weight === 0;
   const mesh = () => (wanted ? engine('surface', text, state.t, s.fraction, SURFACE_RESOLUTION)
     .catch((e) => {
