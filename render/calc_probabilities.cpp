@@ -50,21 +50,27 @@ struct RowSampler {
     std::array<COORDdoubleParams, ProbGrid::kSize> points{};
     std::array<uint8_t, ProbGrid::kSize> values{};
 
-    // Points (x, y, z) for x = xFirst..xLast on the row (y, z), into `out` (the sampler's own
-    // buffer unless given).
-    const uint8_t* AlongX(int32_t xFirst, int32_t xLast, int32_t y, int32_t z,
-                          uint8_t* out = nullptr) {
-        if (out == nullptr) out = values.data();
+    // The rows spans[0..n), each into its own bytes: through the electron's grid rows in one
+    // call where it has them, else point by point.
+    void Rows(const GridRowSpan* spans, size_t n) {
         if (rows != nullptr) {
-            rows->ScaledGridRow(view, grid, xFirst, xLast, y, z, out);
-            return out;
+            rows->ScaledGridRows(view, grid, spans, n);
+            return;
         }
-        size_t n = 0;
-        for (int32_t x = xFirst; x <= xLast; ++x) {
-            points[n++] = {squares[x], squares[y], squares[z]};
+        for (const GridRowSpan* s = spans; s != spans + n; ++s) {
+            size_t k = 0;
+            for (int32_t x = s->xFirst; x <= s->xLast; ++x) {
+                points[k++] = {squares[x], squares[s->y], squares[s->z]};
+            }
+            electron.ScaledBatch(view, points.data(), s->out, k);
         }
-        electron.ScaledBatch(view, points.data(), out, n);
-        return out;
+    }
+    void Rows(const std::vector<GridRowSpan>& spans) { Rows(spans.data(), spans.size()); }
+    // Points (x, y, z) for x = xFirst..xLast on the row (y, z).
+    const uint8_t* AlongX(int32_t xFirst, int32_t xLast, int32_t y, int32_t z) {
+        const GridRowSpan span{xFirst, xLast, y, z, values.data()};
+        Rows(&span, 1);
+        return values.data();
     }
     // Points (x, y, z) for y = yFirst..yLast at fixed x and z.
     const uint8_t* AlongY(int32_t x, int32_t yFirst, int32_t yLast, int32_t z) {
@@ -112,19 +118,18 @@ void SampleHalfAxes(ProbGrid& g, RowSampler& sample, LevelCounts& twice) {
     }
 }
 
-// Each point of a quarter-plane stands for four images.
+// Each point of a quarter-plane stands for four images. The planes Z = 0 and Y = 0 are rows
+// along X, sampled straight into the grid in one call.
 void SampleQuarterPlanes(ProbGrid& g, RowSampler& sample, LevelCounts& fourTimes) {
+    uint8_t* const d = g.Data();
+    std::vector<GridRowSpan> spans;
     for (int32_t b = 1; b <= kLast; ++b) {
-        const uint8_t* vz0 = sample.AlongX(1, kLast, b, 0);  // plane Z = 0, row Y = b
-        for (int32_t a = 1; a <= kLast; ++a) {
-            g(a, b, 0) = vz0[a - 1];
-            fourTimes.Add(vz0[a - 1], a);
-        }
-        const uint8_t* vy0 = sample.AlongX(1, kLast, 0, b);  // plane Y = 0, row Z = b
-        for (int32_t a = 1; a <= kLast; ++a) {
-            g(a, 0, b) = vy0[a - 1];
-            fourTimes.Add(vy0[a - 1], a);
-        }
+        spans.push_back({1, kLast, b, 0, d + ProbGrid::Index(1, b, 0)});  // plane Z = 0, row Y = b
+        spans.push_back({1, kLast, 0, b, d + ProbGrid::Index(1, 0, b)});  // plane Y = 0, row Z = b
+    }
+    sample.Rows(spans);
+    for (const GridRowSpan& s : spans) fourTimes.AddRow(s.out, kLast);
+    for (int32_t b = 1; b <= kLast; ++b) {
         const uint8_t* vx0 = sample.AlongY(0, 1, kLast, b);  // plane X = 0, row Z = b
         for (int32_t a = 1; a <= kLast; ++a) {
             g(0, a, b) = vx0[a - 1];
@@ -165,20 +170,24 @@ constexpr int32_t kF32Block = 16;
 // the sample the last of its permutations wrote in row order (they can differ in the last
 // bit): (min(x, y), max(x, y)) of square z where z = A, else (x, z) where y = A, else (y, z).
 void SampleF32(uint8_t* d, RowSampler& sample, std::vector<uint8_t>& samples, LevelCounts& octant) {
+    std::vector<GridRowSpan> spans;
     for (int32_t first = 1; first <= kLast; first += kF32Block) {
         const int32_t last = std::min(first + kF32Block - 1, kLast);
         // Square a at samples + offsets[a - first], rows of a bytes.
         std::array<size_t, kF32Block> offsets{};
         size_t used = 0;
+        spans.clear();
         for (int32_t a = first; a <= last; ++a) {
             const size_t side = static_cast<size_t>(a);
             offsets[static_cast<size_t>(a - first)] = used;
             for (int32_t b = 1; b <= a; ++b) {
-                uint8_t* row = samples.data() + used + static_cast<size_t>(b - 1) * side;
-                octant.AddRow(sample.AlongX(1, a, b, a, row), a);
+                spans.push_back(
+                    {1, a, b, a, samples.data() + used + static_cast<size_t>(b - 1) * side});
             }
             used += side * side;
         }
+        sample.Rows(spans);
+        for (const GridRowSpan& s : spans) octant.AddRow(s.out, s.xLast);
         for (int32_t a = first; a <= last; ++a) {
             const size_t side = static_cast<size_t>(a);
             const uint8_t* square = samples.data() + offsets[static_cast<size_t>(a - first)];
@@ -215,6 +224,7 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
     int32_t octantWeight = 0;
     // The rows of one plane, or of one block of F32's squares, before they are written.
     std::vector<uint8_t> samples;
+    std::vector<GridRowSpan> spans;
     // The grid's elements through a local pointer: the byte stores could otherwise alias the
     // grid's own pointer, which would be read again for every store.
     uint8_t* const d = g.Data();
@@ -223,14 +233,14 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
     };
     switch (factor) {
         case OptFactor::F8:
+            // Each plane Z = z straight into the grid.
             octantWeight = 8;
             for (int32_t z = 1; z <= kLast; ++z) {
-                for (int32_t y = 1; y <= kLast; ++y) {
-                    const uint8_t* v = sample.AlongX(1, kLast, y, z);
-                    uint8_t* row = &at(0, y, z);
-                    std::memcpy(row + 1, v, kLast);
-                    octant.AddRow(v, kLast);
-                }
+                spans.clear();
+                for (int32_t y = 1; y <= kLast; ++y)
+                    spans.push_back({1, kLast, y, z, &at(1, y, z)});
+                sample.Rows(spans);
+                for (const GridRowSpan& s : spans) octant.AddRow(s.out, kLast);
             }
             break;
         case OptFactor::F16xy:
@@ -238,26 +248,28 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
             octantWeight = 16;
             samples.resize(kLast * kLast);
             for (int32_t z = 1; z <= kLast; ++z) {
+                spans.clear();
                 for (int32_t y = 1; y <= kLast; ++y) {
-                    octant.AddRow(sample.AlongX(1, y, y, z, SquareRow(samples, kLast, y)), y);
+                    spans.push_back({1, y, y, z, SquareRow(samples, kLast, y)});
                 }
+                sample.Rows(spans);
+                for (const GridRowSpan& s : spans) octant.AddRow(s.out, s.xLast);
                 WriteMirroredSquare(samples.data(), kLast, kLast, &at(0, 0, z), kRowStride);
             }
             break;
         case OptFactor::F16yz:
-            // Mirror in the plane Y = Z. The radial view leaves the open octant unsampled for
-            // this factor; that difference between the views is intended and kept.
+            // Mirror in the plane Y = Z: rows straight into the grid, then copied to their images.
+            // The radial view leaves the open octant unsampled for this factor; that difference
+            // between the views is intended and kept.
             if (view == ViewMode::DRPDF) break;
             octantWeight = 16;
             for (int32_t y = 1; y <= kLast; ++y) {
-                for (int32_t z = 1; z <= y; ++z) {
-                    const uint8_t* v = sample.AlongX(1, kLast, y, z);
-                    for (int32_t x = 1; x <= kLast; ++x) {
-                        const uint8_t p = v[x - 1];
-                        at(x, y, z) = p;
-                        at(x, z, y) = p;
-                    }
-                    octant.AddRow(v, kLast);
+                spans.clear();
+                for (int32_t z = 1; z <= y; ++z) spans.push_back({1, kLast, y, z, &at(1, y, z)});
+                sample.Rows(spans);
+                for (const GridRowSpan& s : spans) {
+                    octant.AddRow(s.out, kLast);
+                    if (s.z != y) std::memcpy(&at(1, s.z, y), s.out, kLast);
                 }
             }
             break;
@@ -266,9 +278,12 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
             octantWeight = 16;
             samples.resize(kLast * kLast);
             for (int32_t y = 1; y <= kLast; ++y) {
+                spans.clear();
                 for (int32_t z = 1; z <= kLast; ++z) {
-                    octant.AddRow(sample.AlongX(1, z, y, z, SquareRow(samples, kLast, z)), z);
+                    spans.push_back({1, z, y, z, SquareRow(samples, kLast, z)});
                 }
+                sample.Rows(spans);
+                for (const GridRowSpan& s : spans) octant.AddRow(s.out, s.xLast);
                 WriteMirroredSquare(samples.data(), kLast, kLast, &at(0, y, 0), kPlaneStride);
             }
             break;
