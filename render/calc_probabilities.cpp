@@ -222,7 +222,7 @@ void SampleF32(uint8_t* d, RowSampler& sample, std::vector<uint8_t>& samples, Le
 int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, ViewMode view,
                          LevelCounts& octant) {
     int32_t octantWeight = 0;
-    // The rows of one plane, or of one block of F32's squares, before they are written.
+    // The rows of one plane or slice, or of one block of F32's squares, before they are written.
     std::vector<uint8_t> samples;
     std::vector<GridRowSpan> spans;
     // The grid's elements through a local pointer: the byte stores could otherwise alias the
@@ -237,8 +237,9 @@ int32_t SampleOpenOctant(ProbGrid& g, RowSampler& sample, OptFactor factor, View
             octantWeight = 8;
             for (int32_t z = 1; z <= kLast; ++z) {
                 spans.clear();
-                for (int32_t y = 1; y <= kLast; ++y)
+                for (int32_t y = 1; y <= kLast; ++y) {
                     spans.push_back({1, kLast, y, z, &at(1, y, z)});
+                }
                 sample.Rows(spans);
                 for (const GridRowSpan& s : spans) octant.AddRow(s.out, kLast);
             }
