@@ -112,12 +112,18 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
         }
     }
 
-    void ScaledGridRow(ViewMode view, const GridRows& grid, int32_t xFirst, int32_t xLast,
-                       int32_t y, int32_t z, uint8_t* out) final {
+    void ScaledGridRows(ViewMode view, const GridRows& grid, const GridRowSpan* rows,
+                        size_t count) final {
         if (view == ViewMode::DRPDF) {
-            GridRow<ViewMode::DRPDF>(grid, xFirst, xLast, y, z, out, mDRPDFScaleFactor);
+            for (const GridRowSpan* row = rows; row != rows + count; ++row) {
+                GridRow<ViewMode::DRPDF>(grid, row->xFirst, row->xLast, row->y, row->z, row->out,
+                                         mDRPDFScaleFactor);
+            }
         } else {
-            GridRow<ViewMode::PDF>(grid, xFirst, xLast, y, z, out, mPDFScaleFactor);
+            for (const GridRowSpan* row = rows; row != rows + count; ++row) {
+                GridRow<ViewMode::PDF>(grid, row->xFirst, row->xLast, row->y, row->z, row->out,
+                                       mPDFScaleFactor);
+            }
         }
     }
 

@@ -20,7 +20,7 @@ namespace veltara {
 /// The most points one call of a kernel takes.
 inline constexpr size_t kWideRun = 128;
 
-/// out[x - xFirst] for x = xFirst..xLast as the orbital's ScaledGridRow writes it, point
+/// out[x - xFirst] for x = xFirst..xLast as the orbital's ScaledGridRows writes it, point
 /// x - xFirst of redo aside; xLast - xFirst < 128.
 using WideGridRow = void (*)(const GridRows& grid, int32_t xFirst, int32_t xLast, int32_t y,
                              int32_t z, uint8_t* out, double scale, uint64_t* redo);

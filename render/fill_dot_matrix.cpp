@@ -226,9 +226,11 @@ class DotSink {
         : mDots(dots), mAccept(accept), mRng(rng) {}
 
     // One point (x, y, z) of level p and its N mirror images, one draw each: image k has the
-    // coordinates signs[k] x (x, y, z).
+    // coordinates signs[k] x (x, y, z). Inline, as Append: a call from the fill, whose cleanups
+    // make WebAssembly route each call through a JavaScript trampoline, costs more than these.
     template <int N>
-    void Offer(uint8_t p, int32_t x, int32_t y, int32_t z, const Signs (&signs)[N]) {
+    [[gnu::always_inline]] void Offer(uint8_t p, int32_t x, int32_t y, int32_t z,
+                                      const Signs (&signs)[N]) {
         int32_t r[N];
         mRng.Run(N, r);
         Decide(p, x, y, z, signs, r);
@@ -251,7 +253,7 @@ class DotSink {
     }
 
   private:
-    void Append(uint8_t p, int32_t x, int32_t y, int32_t z, int32_t drawn) {
+    [[gnu::always_inline]] void Append(uint8_t p, int32_t x, int32_t y, int32_t z, int32_t drawn) {
         if (mCount == 0) mDots.clear();
         PointArray d;
         d.X = static_cast<int16_t>(x);
