@@ -55,6 +55,13 @@ struct Avx512Lanes {
         return _mm512_cmp_pd_mask(Abs(a), max, _CMP_LE_OQ) &
                _mm512_cmp_pd_mask(Abs(b), max, _CMP_LE_OQ);
     }
+    static D SignedRoot(D d, D f) {
+        // The magnitude's bits from the root, the sign's from f (ternary logic: sign ? f : root);
+        // then +0 in the lanes where d is 0.
+        const I root = Bits(_mm512_sqrt_pd(d));
+        const I psi = _mm512_ternarylogic_epi64(_mm512_set1_epi64(INT64_MIN), Bits(f), root, 0xca);
+        return FromBits(_mm512_maskz_mov_epi64(_mm512_cmp_pd_mask(d, Set(0.0), _CMP_NEQ_UQ), psi));
+    }
     static uint32_t ToBytes(D a, uint8_t* out) {
         // Rounded in the current mode (to nearest, ties to even); NaN and lanes out of range give
         // INT32_MIN, which the unsigned comparison finds with the negative ones.
