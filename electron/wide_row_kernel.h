@@ -290,8 +290,8 @@ void Psi(const double* x, const double* y, const double* z, size_t count, double
         const int32_t m = n - i < kLanes ? n - i : kLanes;
         N a, b, c, r2;
         LoadColumns<L>(x, y, z, i, m, a.v, b.v, c.v);
-        const N density = Value<L, Orb, ViewMode::PDF>(a * a, b * b, c * c, r2) *
-                          Orb::RealFactor(ViewMode::PDF);
+        const N density =
+            Value<L, Orb, ViewMode::PDF>(a * a, b * b, c * c, r2) * Orb::RealFactor(ViewMode::PDF);
         const int32_t keep = Keep<L>(~L::Finite(density.v, r2.v), m, i, n, redo);
         const N psi{L::SignedRoot(density.v, SignFactor(Orb::CatalogueRow(), a, b, c).v)};
         if (keep == kLanes) [[likely]] {

@@ -56,7 +56,8 @@ struct Avx2Lanes {
     static D SignedRoot(D d, D f) {
         // The magnitude's bits from the root, the sign's from f; then +0 where d is 0.
         const D sign = Set(-0.0);
-        const D psi = _mm256_or_pd(_mm256_andnot_pd(sign, _mm256_sqrt_pd(d)), _mm256_and_pd(sign, f));
+        const D psi =
+            _mm256_or_pd(_mm256_andnot_pd(sign, _mm256_sqrt_pd(d)), _mm256_and_pd(sign, f));
         return _mm256_andnot_pd(_mm256_cmp_pd(d, _mm256_setzero_pd(), _CMP_EQ_OQ), psi);
     }
     static uint32_t ToBytes(D a, uint8_t* out) {
