@@ -3,6 +3,8 @@
 #if defined(__x86_64__)
 #include <immintrin.h>
 
+#include <bit>
+
 #include "electron/wide_row_kernel.h"
 
 namespace veltara {
@@ -40,17 +42,18 @@ struct Avx2Lanes {
     static I LowIndex(I a) { return _mm256_and_si256(a, _mm256_set1_epi64x(127)); }
     // The tables read by four scalar loads each rather than a gather, which on AMD Zen 4 costs
     // more than the loads and their insert.
-    static D Lookup(const double* table, I i) {
+    template <class T>
+    static D Lookup(const T* table, I i) {
         alignas(32) int64_t k[4];
         _mm256_store_si256(reinterpret_cast<__m256i*>(k), i);
-        const __m128d low = _mm_loadh_pd(_mm_load_sd(table + k[0]), table + k[1]);
-        const __m128d high = _mm_loadh_pd(_mm_load_sd(table + k[2]), table + k[3]);
-        return _mm256_insertf128_pd(_mm256_castpd128_pd256(low), high, 1);
+        const auto pair = [&](int32_t j) {
+            return _mm_set_pd(std::bit_cast<double>(table[k[j + 1]]),
+                              std::bit_cast<double>(table[k[j]]));
+        };
+        return _mm256_insertf128_pd(_mm256_castpd128_pd256(pair(0)), pair(2), 1);
     }
     static D GatherTail(I i) { return Lookup(kTail, i); }
-    static I GatherScale(I i) {
-        return Bits(Lookup(reinterpret_cast<const double*>(kScaleBits), i));
-    }
+    static I GatherScale(I i) { return Bits(Lookup(kScaleBits, i)); }
     static D Abs(D a) { return _mm256_and_pd(a, FromBits(_mm256_set1_epi64x(INT64_MAX))); }
     static uint32_t Within(D a, double limit) {
         return static_cast<uint32_t>(

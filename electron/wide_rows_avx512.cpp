@@ -3,10 +3,12 @@
 #if defined(__x86_64__)
 #include <immintrin.h>
 
+#include <bit>
+
 #include "electron/wide_row_kernel.h"
 
-// GCC 12's 512-bit inserts fill the upper half from an "undefined" vector that it then reports
-// as used uninitialized, wherever they are inlined.
+// Some of GCC 12's AVX-512 intrinsics start from an "undefined" vector, which it then reports as
+// used uninitialized wherever they are inlined.
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wuninitialized"
 #endif
@@ -50,11 +52,13 @@ struct Avx512Lanes {
     static I LowIndex(I a) { return _mm512_and_si512(a, _mm512_set1_epi64(127)); }
     // The tables read by eight scalar loads each rather than a gather: on the processors
     // measured (AMD Zen 4) a gather of eight costs about twice the loads and their inserts.
-    static D Lookup(const double* table, I i) {
+    template <class T>
+    static D Lookup(const T* table, I i) {
         alignas(64) int64_t k[8];
         _mm512_store_si512(k, i);
         const auto pair = [&](int32_t j) {
-            return _mm_loadh_pd(_mm_load_sd(table + k[j]), table + k[j + 1]);
+            return _mm_set_pd(std::bit_cast<double>(table[k[j + 1]]),
+                              std::bit_cast<double>(table[k[j]]));
         };
         const auto quad = [&](int32_t j) {
             return _mm256_insertf128_pd(_mm256_zextpd128_pd256(pair(j)), pair(j + 2), 1);
@@ -62,9 +66,7 @@ struct Avx512Lanes {
         return _mm512_mask_broadcast_f64x4(_mm512_zextpd256_pd512(quad(0)), 0xf0, quad(4));
     }
     static D GatherTail(I i) { return Lookup(kTail, i); }
-    static I GatherScale(I i) {
-        return Bits(Lookup(reinterpret_cast<const double*>(kScaleBits), i));
-    }
+    static I GatherScale(I i) { return Bits(Lookup(kScaleBits, i)); }
     static D Abs(D a) {
         return _mm512_castsi512_pd(_mm512_and_si512(Bits(a), _mm512_set1_epi64(INT64_MAX)));
     }
