@@ -12,7 +12,8 @@
 // doubles) and Store; Sqrt; Neg; Within(a,
 // limit), the lanes with |a| <= limit as bits; Finite(a, b), the lanes with |a| <= max and |b| <=
 // max; and ToBytes(a, out), which writes the lanes rounded as std::nearbyint does (when they fit)
-// and returns the lanes that give no byte 0..255.
+// and returns the lanes that give no byte 0..255; SignedRoot(d, f), the square root of d with
+// the sign of f, and +0 where d is 0.
 #pragma once
 
 #include <cstdint>
@@ -20,6 +21,7 @@
 #include <type_traits>
 
 #include "electron/orbital_list.h"
+#include "electron/wave_sign.h"
 #include "electron/wide_rows.h"
 #include "support/exact_math.h"
 #include "support/exact_math_table.h"
@@ -67,6 +69,10 @@ Num<L> operator*(double a, Num<L> b) {
 template <class L>
 Num<L> operator-(Num<L> a) {
     return {L::Neg(a.v)};
+}
+template <class L>
+Num<L> Sqrt(Num<L> a) {
+    return {L::Sqrt(a.v)};
 }
 
 /// The engine's exponential lane by lane: the common sequence inline, the rare lanes beyond its
@@ -241,6 +247,21 @@ void Batch(const COORDdoubleParams* p, size_t count, double factor, Out* out, ui
     Points<L, Orb, V>(load, count, factor, out, redo);
 }
 
+/// The coordinates of points i..i+m of three columns (m < kLanes: the spare lanes at the
+/// origin).
+template <class L>
+[[gnu::always_inline]] inline void LoadColumns(const double* x, const double* y, const double* z,
+                                               int32_t i, int32_t m, typename L::D& a,
+                                               typename L::D& b, typename L::D& c) {
+    if (m == L::kLanes) [[likely]] {
+        a = L::Load(x + i), b = L::Load(y + i), c = L::Load(z + i);
+    } else {
+        alignas(64) double t[3][L::kLanes] = {};
+        for (int32_t j = 0; j < m; ++j) t[0][j] = x[i + j], t[1][j] = y[i + j], t[2][j] = z[i + j];
+        a = L::Load(t[0]), b = L::Load(t[1]), c = L::Load(t[2]);
+    }
+}
+
 /// The real values of the points (x[i], y[i], z[i]), i < count <= 128 (see WideReal).
 template <class L, class Orb, ViewMode V>
 void Real(const double* x, const double* y, const double* z, size_t count, double* out,
@@ -248,33 +269,62 @@ void Real(const double* x, const double* y, const double* z, size_t count, doubl
     using D = typename L::D;
     const auto load = [x, y, z](int32_t i, int32_t m, D& X, D& Y, D& Z) {
         D a, b, c;
-        if (m == L::kLanes) [[likely]] {
-            a = L::Load(x + i), b = L::Load(y + i), c = L::Load(z + i);
-        } else {
-            alignas(64) double t[3][L::kLanes] = {};
-            for (int32_t j = 0; j < m; ++j)
-                t[0][j] = x[i + j], t[1][j] = y[i + j], t[2][j] = z[i + j];
-            a = L::Load(t[0]), b = L::Load(t[1]), c = L::Load(t[2]);
-        }
+        LoadColumns<L>(x, y, z, i, m, a, b, c);
         // The squares as Coordinates::Squares forms them.
         X = L::Mul(a, a), Y = L::Mul(b, b), Z = L::Mul(c, c);
     };
     Points<L, Orb, V>(load, count, Orb::RealFactor(V), out, redo);
 }
 
+/// The wavefunction of the single orbital Orb at the points (x[i], y[i], z[i]), i < count <=
+/// 128, as the per-point Wavefunction gives it: the real density, its square root, the sign of
+/// SignFactor (see WidePsi).
+template <class L, class Orb>
+void Psi(const double* x, const double* y, const double* z, size_t count, double* out,
+         uint64_t* redo) {
+    using N = Num<L>;
+    constexpr int32_t kLanes = L::kLanes;
+    const auto n = static_cast<int32_t>(count);
+    redo[0] = redo[1] = 0;
+    for (int32_t i = 0; i < n; i += kLanes) {
+        const int32_t m = n - i < kLanes ? n - i : kLanes;
+        N a, b, c, r2;
+        LoadColumns<L>(x, y, z, i, m, a.v, b.v, c.v);
+        const N density =
+            Value<L, Orb, ViewMode::PDF>(a * a, b * b, c * c, r2) * Orb::RealFactor(ViewMode::PDF);
+        const int32_t keep = Keep<L>(~L::Finite(density.v, r2.v), m, i, n, redo);
+        const N psi{L::SignedRoot(density.v, SignFactor(Orb::CatalogueRow(), a, b, c).v)};
+        if (keep == kLanes) [[likely]] {
+            L::Store(out + i, psi.v);
+        } else {
+            alignas(64) double values[kLanes];
+            L::Store(values, psi.v);
+            std::memcpy(out + i, values, sizeof(double) * static_cast<size_t>(keep));
+            if (keep < m) return;
+        }
+    }
+}
+
+/// Orb's kernels in the table on lane type L.
+template <class L, class Orb>
+constexpr void AddKernels(WideTable& table) {
+    constexpr auto row = static_cast<size_t>(Orb::CatalogueRow());
+    table.rows[row][0] = &GridRow<L, Orb, ViewMode::PDF>;
+    table.rows[row][1] = &GridRow<L, Orb, ViewMode::DRPDF>;
+    table.values[row][0] = &Batch<L, Orb, ViewMode::PDF, double>;
+    table.values[row][1] = &Batch<L, Orb, ViewMode::DRPDF, double>;
+    table.bytes[row][0] = &Batch<L, Orb, ViewMode::PDF, uint8_t>;
+    table.bytes[row][1] = &Batch<L, Orb, ViewMode::DRPDF, uint8_t>;
+    table.real[row][0] = &Real<L, Orb, ViewMode::PDF>;
+    table.real[row][1] = &Real<L, Orb, ViewMode::DRPDF>;
+    if constexpr (Orb::CatalogueRow() < kCatalogueSingleCount) table.psi[row] = &Psi<L, Orb>;
+}
+
 /// The table of every class's kernels on lane type L.
 template <class L, class... Orb>
 constexpr WideTable KernelTable(OrbitalList<Orb...>) {
     WideTable table{};
-    ((table.rows[Orb::CatalogueRow()][0] = &GridRow<L, Orb, ViewMode::PDF>,
-      table.rows[Orb::CatalogueRow()][1] = &GridRow<L, Orb, ViewMode::DRPDF>,
-      table.values[Orb::CatalogueRow()][0] = &Batch<L, Orb, ViewMode::PDF, double>,
-      table.values[Orb::CatalogueRow()][1] = &Batch<L, Orb, ViewMode::DRPDF, double>,
-      table.bytes[Orb::CatalogueRow()][0] = &Batch<L, Orb, ViewMode::PDF, uint8_t>,
-      table.bytes[Orb::CatalogueRow()][1] = &Batch<L, Orb, ViewMode::DRPDF, uint8_t>,
-      table.real[Orb::CatalogueRow()][0] = &Real<L, Orb, ViewMode::PDF>,
-      table.real[Orb::CatalogueRow()][1] = &Real<L, Orb, ViewMode::DRPDF>),
-     ...);
+    (AddKernels<L, Orb>(table), ...);
     return table;
 }
 

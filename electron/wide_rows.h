@@ -36,12 +36,18 @@ using WideBytes = void (*)(const COORDdoubleParams* points, size_t count, double
 using WideReal = void (*)(const double* x, const double* y, const double* z, size_t count,
                           double* out, uint64_t* redo);
 
-/// The wide kernels of one vector path: [catalogue row][view (0 density, 1 radial view)].
+/// out[i] for i < count <= 128 as Wavefunction gives psi of a single orbital at the point
+/// (x[i], y[i], z[i]).
+using WidePsi = WideReal;
+
+/// The wide kernels of one vector path: [catalogue row][view (0 density, 1 radial view)]; psi
+/// of the single orbitals by row.
 struct WideTable {
     WideGridRow rows[kCatalogueSize][2];
     WideValues values[kCatalogueSize][2];
     WideBytes bytes[kCatalogueSize][2];
     WideReal real[kCatalogueSize][2];
+    WidePsi psi[kCatalogueSingleCount];
 };
 
 /// Calls again(i) for each point i marked in redo, in order (for the caller of a kernel).
