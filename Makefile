@@ -49,6 +49,8 @@ PYVENV := build/python-venv
 test-python: setup build/release/build.ninja
 	cmake --build --preset release -j $(JOBS) --target veltara_c veltara_cli
 	test -x $(PYVENV)/bin/python || /usr/bin/python3 -m venv --system-site-packages $(PYVENV)
+	# setuptools rebuilds an object only when its own source changed, not a header it includes.
+	rm -rf python/build
 	VELTARA_BUILD_JOBS=$(JOBS) $(PYVENV)/bin/python -m pip install --quiet --no-index \
 		--no-build-isolation --no-deps --force-reinstall ./python
 	cd build && VELTARA_C_LIBRARY=$(CURDIR)/build/release/host/libveltara.so \
