@@ -8,6 +8,10 @@ const $ = (id) => document.getElementById(id);
 
 import { NAMES } from './names.js';
 
+// The box's half-width is a 16-bit whole number of Bohr radii; a large state's own box (about
+// 900 a0 at n = 20) must be within reach of the field too.
+const MAX_BOX = 32767;
+
 // Modes, views and sizes from the engine's one table of names (names.js, made at build time).
 const valueOf = (kind, key) => NAMES[kind].find((n) => n.key === key).value;
 const MAIN = valueOf('size', 'main');
@@ -442,7 +446,7 @@ async function refill() {
 }
 
 async function resize() {
-  const radius = whole('atomRadius', 1, 200, 'The box half-width');
+  const radius = whole('atomRadius', 1, MAX_BOX, 'The box half-width');
   if (radius !== null) await redo({ radius, refillSeed: current()?.refillSeed ?? null });
 }
 
@@ -580,7 +584,7 @@ export function readLink(p) {
   const view = int('cv', 0, 1) ?? 0;
   setRadio('view', view);
   return { view, seed: int('cs', 32768, 2 ** 31 - 1) ?? undefined,
-    refillSeed: int('rs', 32768, 2 ** 31 - 1), radius: int('r', 1, 200) ?? undefined,
+    refillSeed: int('rs', 32768, 2 ** 31 - 1), radius: int('r', 1, MAX_BOX) ?? undefined,
     target: int('k', 1, 32767) ?? undefined, threshold: int('h', 0, 254) ?? undefined };
 }
 
