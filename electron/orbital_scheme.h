@@ -250,20 +250,28 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
         }
     };
 
+    /// Runs of up to kRun points through a wide kernel; each point it leaves (a fault, or a
+    /// value out of range, and every point after it in its run) is redone in order by `again`,
+    /// so an error is raised at the first failing point with the values before it written.
+    template <class Out, class Kernel, class Again>
+    static void WideRuns(Kernel kernel, const COORDdoubleParams* points, Out* out, size_t count,
+                         double factor, Again again) {
+        for (size_t start = 0; start < count; start += kRun) {
+            const size_t n = count - start < kRun ? count - start : kRun;
+            uint64_t redo[2];
+            kernel(points + start, n, factor, out + start, redo);
+            ForEachRedo(redo, [&](size_t i) { out[start + i] = again(points[start + i]); });
+        }
+    }
+
     /// out[i] = the unscaled value times `factor`, as CheckFinite(Unscaled<V>(p) * factor).
     template <ViewMode V>
     static void UnscaledRun(const COORDdoubleParams* points, double* out, size_t count,
                             double factor) {
         if (const WideTable* wide = Wide()) {
-            for (size_t start = 0; start < count; start += kRun) {
-                const size_t n = count - start < kRun ? count - start : kRun;
-                const COORDdoubleParams* p = points + start;
-                double* o = out + start;
-                uint64_t redo[2];
-                wide->values[Orb::kRow][ViewIndex(V)](p, n, factor, o, redo);
-                ForEachRedo(redo,
-                            [&](size_t i) { o[i] = CheckFinite(Unscaled<V>(p[i]) * factor); });
-            }
+            WideRuns(
+                wide->values[Orb::kRow][ViewIndex(V)], points, out, count, factor,
+                [&](const COORDdoubleParams& p) { return CheckFinite(Unscaled<V>(p) * factor); });
             return;
         }
         Run run;
@@ -355,14 +363,8 @@ class OrbitalScheme : public cElectron, public GridRowSampler {
     template <ViewMode V>
     static void ByteRun(const COORDdoubleParams* points, uint8_t* out, size_t count, double scale) {
         if (const WideTable* wide = Wide()) {
-            for (size_t start = 0; start < count; start += kRun) {
-                const size_t n = count - start < kRun ? count - start : kRun;
-                const COORDdoubleParams* p = points + start;
-                uint8_t* o = out + start;
-                uint64_t redo[2];
-                wide->bytes[Orb::kRow][ViewIndex(V)](p, n, scale, o, redo);
-                ForEachRedo(redo, [&](size_t i) { o[i] = Byte<V>(p[i], scale); });
-            }
+            WideRuns(wide->bytes[Orb::kRow][ViewIndex(V)], points, out, count, scale,
+                     [&](const COORDdoubleParams& p) { return Byte<V>(p, scale); });
             return;
         }
         Run run;
